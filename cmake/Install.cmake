@@ -1,0 +1,16 @@
+# Installation: the library and its headers, the command, find_package(Kestrel) and pkg-config.
+include(CMakePackageConfigHelpers)
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Kestrel)
+
+install(TARGETS kestrel EXPORT KestrelTargets FILE_SET HEADERS)
+install(EXPORT KestrelTargets NAMESPACE Kestrel:: DESTINATION ${package_dir})
+configure_package_config_file(cmake/KestrelConfig.cmake.in ${PROJECT_BINARY_DIR}/KestrelConfig.cmake
+                              INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/KestrelConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/KestrelConfig.cmake ${PROJECT_BINARY_DIR}/KestrelConfigVersion.cmake
+        DESTINATION ${package_dir})
+configure_file(cmake/kestrel.pc.in ${PROJECT_BINARY_DIR}/kestrel.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/kestrel.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+if(KESTREL_BUILD_TOOLS)
+  install(TARGETS kestrel_command)
+endif()

@@ -1,0 +1,6 @@
+// kestrel/Kestrel.h - every public header of the library.
+#pragma once
+
+#include <kestrel/foundation/KSPrint.h>
+#include <kestrel/foundation/KSVersion.h>
+#include <kestrel/platform/CoreFoundation.h>

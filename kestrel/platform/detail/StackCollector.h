@@ -1,0 +1,16 @@
+// kestrel/platform/detail/StackCollector.h - the call stack of the calling thread.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+struct CrawlFrame;
+
+namespace kestrel::detail {
+
+/// Collects the frames of the calling thread, innermost first, leaving out collectStack itself and the
+/// `skip` functions that called it. The caller frees every symbolName. Names carry the leading underscore
+/// that symbol tables of some systems give every symbol, so that one printer serves all systems.
+std::vector<CrawlFrame> collectStack(int skip);
+
+}  // namespace kestrel::detail

@@ -1,0 +1,13 @@
+// tools/kestrel/Commands.h - the subcommands; each adds itself to the command line from a file of its own.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace kestrel::tools {
+
+/// What a subcommand's callback throws to end the command with an exit status, after it has said why.
+struct Exit {
+    int status;
+};
+
+}  // namespace kestrel::tools
