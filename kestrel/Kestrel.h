@@ -4,3 +4,4 @@
 #include <kestrel/foundation/KSPrint.h>
 #include <kestrel/foundation/KSVersion.h>
 #include <kestrel/platform/CoreFoundation.h>
+#include <kestrel/time/KSTime.h>
