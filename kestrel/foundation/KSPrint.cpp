@@ -92,9 +92,7 @@ int KSPrintIndent(unsigned int level, const char* format, ...) {
     return result;
 }
 
-void KSPrintStackStart(const char* progName) {
-    theProgName = progName;
-}
+void KSPrintStackStart(const char* progName) { theProgName = progName; }
 
 void KSPrintStackStop() {}
 

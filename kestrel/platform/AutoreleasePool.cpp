@@ -6,9 +6,7 @@ namespace {
 thread_local AutoreleasePool* innermost = nullptr;
 }
 
-AutoreleasePool::AutoreleasePool() : m_outer(innermost) {
-    innermost = this;
-}
+AutoreleasePool::AutoreleasePool() : m_outer(innermost) { innermost = this; }
 
 AutoreleasePool::~AutoreleasePool() {
     innermost = m_outer;

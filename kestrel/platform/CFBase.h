@@ -26,9 +26,7 @@ struct CFRange {
     CFIndex location;
     CFIndex length;
 };
-constexpr CFRange CFRangeMake(CFIndex location, CFIndex length) {
-    return {location, length};
-}
+constexpr CFRange CFRangeMake(CFIndex location, CFIndex length) { return {location, length}; }
 
 /// The only allocator; every function takes it and ignores it.
 inline constexpr CFAllocatorRef kCFAllocatorDefault = nullptr;

@@ -3,4 +3,8 @@
 
 #include <gtest/gtest.h>
 
-TEST(KSPrint, X) { KSPrintIndent(3, "x\n"); bool v = true; KSPrintStack(0, 0, &v); }
+TEST(KSPrint, X) {
+    KSPrintIndent(3, "x\n");
+    bool v = true;
+    KSPrintStack(0, 0, &v);
+}
