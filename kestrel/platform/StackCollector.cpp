@@ -5,8 +5,9 @@
 #include <dlfcn.h>
 #include <unwind.h>
 
-#include <cstdlib>
 #include <cstring>
+#include <string>
+#include <utility>
 
 namespace kestrel::detail {
 
@@ -28,12 +29,9 @@ _Unwind_Reason_Code visit(_Unwind_Context* context, void* data) {
     // A return address may be the first byte of the next function: the call stands just before it.
     Dl_info info{};
     if (dladdr(reinterpret_cast<void*>(frame.programCounter - 1), &info) && info.dli_sname) {
-        const std::size_t length = std::strlen(info.dli_sname);
-        frame.symbolName = static_cast<char*>(std::malloc(length + 2));
-        if (frame.symbolName) {
-            frame.symbolName[0] = '_';
-            std::memcpy(frame.symbolName + 1, info.dli_sname, length + 1);
-        }
+        const bool mangled = std::strncmp(info.dli_sname, "_Z", 2) == 0;
+        const std::string name = (mangled ? "_" : "") + std::string(info.dli_sname);
+        frame.symbolName = ::strdup(name.c_str());
         frame.offset = frame.programCounter - reinterpret_cast<std::uintptr_t>(info.dli_saddr);
     }
     walk.frames.push_back(frame);

@@ -9,8 +9,9 @@ struct CrawlFrame;
 namespace kestrel::detail {
 
 /// Collects the frames of the calling thread, innermost first, leaving out collectStack itself and the
-/// `skip` functions that called it. The caller frees every symbolName. Names carry the leading underscore
-/// that symbol tables of some systems give every symbol, so that one printer serves all systems.
+/// `skip` functions that called it. The caller frees every symbolName. Mangled names
+/// carry one more leading underscore, as the symbol tables of some systems have it, so that one printer
+/// serves all systems; other names stand as they are.
 std::vector<CrawlFrame> collectStack(int skip);
 
 }  // namespace kestrel::detail
