@@ -30,7 +30,8 @@ _Unwind_Reason_Code visit(_Unwind_Context* context, void* data) {
     Dl_info info{};
     if (dladdr(reinterpret_cast<void*>(frame.programCounter - 1), &info) && info.dli_sname) {
         const bool mangled = std::strncmp(info.dli_sname, "_Z", 2) == 0;
-        const std::string name = (mangled ? "_" : "") + std::string(info.dli_sname);
+        std::string name(mangled ? "_" : "");
+        name += info.dli_sname;
         frame.symbolName = ::strdup(name.c_str());
         frame.offset = frame.programCounter - reinterpret_cast<std::uintptr_t>(info.dli_saddr);
     }
