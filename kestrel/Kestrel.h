@@ -14,4 +14,8 @@
 #include <kestrel/foundation/KSPrint.h>
 #include <kestrel/foundation/KSVersion.h>
 #include <kestrel/platform/CoreFoundation.h>
+#include <kestrel/serialization/KSScope.h>
+#include <kestrel/serialization/KSSerializer.h>
+#include <kestrel/serialization/KSSerializerWriteStream.h>
+#include <kestrel/serialization/KSUUID.h>
 #include <kestrel/time/KSTime.h>
