@@ -1,21 +1,19 @@
 #include <kestrel/foundation/detail/NumberText.h>
 
+#include <locale.h>
 #include <cerrno>
 #include <charconv>
 #include <clocale>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-#include <locale.h>
 #include <string>
 #include <type_traits>
 
 namespace kestrel::detail {
 namespace {
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 template <typename Integer>
 bool readInteger(const char*& text, const char* end, Integer& value) {
@@ -29,9 +27,9 @@ bool readInteger(const char*& text, const char* end, Integer& value) {
 
     Unsigned magnitude = 0;
     // The magnitude of a signed minimum is one more than that of the maximum.
-    const auto largest = static_cast<Unsigned>(
-        std::is_signed_v<Integer> && negative ? Unsigned{0} - static_cast<Unsigned>(Limits::min())
-                                              : static_cast<Unsigned>(Limits::max()));
+    const auto largest = static_cast<Unsigned>(std::is_signed_v<Integer> && negative
+                                                   ? Unsigned{0} - static_cast<Unsigned>(Limits::min())
+                                                   : static_cast<Unsigned>(Limits::max()));
     bool fits = true;
     for (; place < end && isDigit(*place); ++place) {
         const auto digit = static_cast<Unsigned>(*place - '0');

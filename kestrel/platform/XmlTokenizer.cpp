@@ -206,8 +206,10 @@ bool XmlTokenizer::checkAttributeNames() {
 XmlEvent XmlTokenizer::scanEndTag() {
     const char* begin = m_position + 2;
     const std::string_view expected = m_open.back();
-    const char* nameEnd = startsWith(begin, expected) ? begin + expected.size() : begin;
-    if (at(nameEnd) != '>') {
+    const char* nameEnd = nullptr;
+    if (startsWith(begin, expected) && at(begin + expected.size()) == '>') {
+        nameEnd = begin + expected.size();
+    } else {
         nameEnd = skipName(begin);
         if (nameEnd == begin || nameEnd == m_end)
             return fail(kCFXMLErrorMalformedCloseTag, nameEnd, "\"</\" is not followed by an element's name");

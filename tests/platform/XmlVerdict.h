@@ -56,7 +56,8 @@ inline std::string resolved(std::string_view name) {
     if (name[0] != '#') return "";
     const bool hex = name[1] == 'x';
     std::string text;
-    appendUtf8(text, static_cast<std::uint32_t>(std::stoul(std::string(name.substr(hex ? 2 : 1)), nullptr, hex ? 16 : 10)));
+    appendUtf8(text, static_cast<std::uint32_t>(
+                         std::stoul(std::string(name.substr(hex ? 2 : 1)), nullptr, hex ? 16 : 10)));
     return text;
 }
 
@@ -84,23 +85,37 @@ inline XmlVerdict tokenizerVerdict(std::string_view document) {
         const XmlEvent event = tokens.next();
         const std::string name(tokens.getName());
         switch (event) {
-            case XmlEvent::Declaration: break;
-            case XmlEvent::DocumentType: verdict.log += "<!" + name + ">"; break;
+            case XmlEvent::Declaration:
+                break;
+            case XmlEvent::DocumentType:
+                verdict.log += "<!" + name + ">";
+                break;
             case XmlEvent::StartElement:
                 verdict.log += "<" + name;
                 for (const XmlAttribute& attribute : tokens.getAttributes())
-                    verdict.log += " " + std::string(attribute.name) + "=[" + normalised(attribute.value) + "]";
+                    verdict.log +=
+                        " " + std::string(attribute.name) + "=[" + normalised(attribute.value) + "]";
                 verdict.log += ">";
                 break;
-            case XmlEvent::EndElement: verdict.log += "</" + name + ">"; break;
+            case XmlEvent::EndElement:
+                verdict.log += "</" + name + ">";
+                break;
             case XmlEvent::Text:
-            case XmlEvent::CData: verdict.log += withLineFeeds(tokens.getText()); break;
-            case XmlEvent::Reference: verdict.log += resolved(name); break;
-            case XmlEvent::Comment: verdict.log += "<!--" + withLineFeeds(tokens.getText()) + "-->"; break;
+            case XmlEvent::CData:
+                verdict.log += withLineFeeds(tokens.getText());
+                break;
+            case XmlEvent::Reference:
+                verdict.log += resolved(name);
+                break;
+            case XmlEvent::Comment:
+                verdict.log += "<!--" + withLineFeeds(tokens.getText()) + "-->";
+                break;
             case XmlEvent::ProcessingInstruction:
                 verdict.log += "<?" + name + " " + withLineFeeds(tokens.getText()) + "?>";
                 break;
-            case XmlEvent::End: verdict.wellFormed = true; return verdict;
+            case XmlEvent::End:
+                verdict.wellFormed = true;
+                return verdict;
             case XmlEvent::Error:
                 verdict.reason = tokens.getDescription();
                 // expat takes any version.
@@ -122,19 +137,22 @@ inline XmlVerdict expatVerdict(std::string_view document) {
             logOf(data) += std::string(" ") + attributes[0] + "=[" + attributes[1] + "]";
         logOf(data) += ">";
     });
-    XML_SetEndElementHandler(parser, [](void* data, const char* name) { logOf(data) += std::string("</") + name + ">"; });
+    XML_SetEndElementHandler(
+        parser, [](void* data, const char* name) { logOf(data) += std::string("</") + name + ">"; });
     XML_SetCharacterDataHandler(parser, [](void* data, const char* text, int size) {
         logOf(data).append(text, static_cast<std::size_t>(size));
     });
-    XML_SetCommentHandler(parser, [](void* data, const char* text) { logOf(data) += std::string("<!--") + text + "-->"; });
+    XML_SetCommentHandler(
+        parser, [](void* data, const char* text) { logOf(data) += std::string("<!--") + text + "-->"; });
     XML_SetProcessingInstructionHandler(parser, [](void* data, const char* target, const char* text) {
         logOf(data) += std::string("<?") + target + " " + text + "?>";
     });
-    XML_SetStartDoctypeDeclHandler(parser, [](void* data, const char* name, const char*, const char*, int hasSubset) {
-        logOf(data) += std::string("<!") + name + ">";
-        // The tokenizer does not read the declarations of a document type.
-        if (hasSubset) static_cast<XmlVerdict*>(data)->comparable = false;
-    });
+    XML_SetStartDoctypeDeclHandler(parser,
+                                   [](void* data, const char* name, const char*, const char*, int hasSubset) {
+                                       logOf(data) += std::string("<!") + name + ">";
+                                       // The tokenizer does not read the declarations of a document type.
+                                       if (hasSubset) static_cast<XmlVerdict*>(data)->comparable = false;
+                                   });
     XML_SetXmlDeclHandler(parser, [](void* data, const char*, const char* encoding, int) {
         const std::string name(encoding ? encoding : "UTF-8");
         if (name.size() != 5 || (name[0] | 32) != 'u' || (name[1] | 32) != 't' || (name[2] | 32) != 'f' ||

@@ -34,7 +34,8 @@ constexpr bool isXmlCharacter(char32_t c) {
                      : c == '\t' || c == '\n' || c == '\r';
 }
 
-/// Walks over a document in UTF-8, forward only, and checks its characters on the way.
+/// Walks over a document in UTF-8, forward only, and checks its characters on the way: no search may start
+/// before the result of an earlier one.
 ///
 /// Ownership  borrows the document.
 class XmlScanner {
@@ -42,7 +43,7 @@ public:
     explicit XmlScanner(std::string_view document)
         : m_end(document.data() + document.size()), m_window(document.data()), m_windowEnd(m_window) {}
 
-    /// The first "<", "&" or "]" at or after from, or the end. from never goes back.
+    /// The first "<", "&" or "]" at or after from, or the end.
     const char* findMarkup(const char* from) { return find(&XmlMasks::markup, from); }
     /// The first quote of either kind, "<" or "&" at or after from, or the end.
     const char* findQuote(const char* from) { return find(&XmlMasks::quotes, from); }
