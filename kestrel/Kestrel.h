@@ -12,6 +12,7 @@
 #include <kestrel/concurrency/KSThreadNS.h>
 #include <kestrel/concurrency/KSWaitable.h>
 #include <kestrel/foundation/KSPrint.h>
+#include <kestrel/foundation/KSString.h>
 #include <kestrel/foundation/KSVersion.h>
 #include <kestrel/platform/CoreFoundation.h>
 #include <kestrel/serialization/KSScope.h>

@@ -9,4 +9,6 @@
 #include <CoreFoundation/CoreFoundation.h>
 #else
 #include <kestrel/platform/CFBase.h>
+#include <kestrel/platform/CFBundle.h>
+#include <kestrel/platform/CFString.h>
 #endif

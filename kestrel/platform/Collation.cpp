@@ -1,0 +1,126 @@
+#include <kestrel/platform/detail/Collation.h>
+
+#include <unicode/uchar.h>
+#include <unicode/ucol.h>
+#include <unicode/utf16.h>
+
+#include <algorithm>
+#include <clocale>
+#include <cstring>
+#include <string>
+
+namespace kestrel::detail {
+
+namespace {
+
+int sign(bool isLess, bool isGreater) { return static_cast<int>(isGreater) - static_cast<int>(isLess); }
+
+/// The units of a text after case folding, one after the other.
+class FoldedUnits {
+public:
+    explicit FoldedUnits(std::span<const UniChar> units) : m_units(units) {}
+
+    /// The next unit, or -1 at the end.
+    int next() noexcept {
+        if (m_pending >= 0) {
+            const int low = m_pending;
+            m_pending = -1;
+            return low;
+        }
+        if (m_at == m_units.size()) return -1;
+        const int unit = m_units[m_at];
+        if (unit < 0x80) {
+            ++m_at;
+            return unit >= 'A' && unit <= 'Z' ? unit + ('a' - 'A') : unit;
+        }
+        UChar32 character;
+        U16_NEXT(m_units.data(), m_at, m_units.size(), character);
+        character = u_foldCase(character, U_FOLD_CASE_DEFAULT);
+        if (character < 0x10000) return character;
+        m_pending = U16_TRAIL(character);
+        return U16_LEAD(character);
+    }
+
+private:
+    std::span<const UniChar> m_units;
+    std::size_t m_at = 0;
+    int m_pending = -1;
+};
+
+/// True for the names of the locale in which text is only numbers.
+bool isCLocale(const char* name) {
+    return (name[0] == 'C' && (name[1] == '\0' || name[1] == '.')) || std::strcmp(name, "POSIX") == 0;
+}
+
+/// The collators of one locale. Letters that differ in case only differ at the third level.
+class Collators {
+public:
+    Collators() = default;
+    Collators(const Collators&) = delete;
+    Collators& operator=(const Collators&) = delete;
+    ~Collators() { close(); }
+
+    /// Null when there is no collation data at all.
+    const UCollator* get(const char* locale, Case letters) {
+        if (m_locale != locale) open(locale);
+        return letters == Case::Matters ? m_exact : m_caseless;
+    }
+
+private:
+    void open(const char* locale) {
+        close();
+        m_locale = locale;
+        // "de_DE.UTF-8@euro" is de_DE to ICU.
+        const std::string plain = m_locale.substr(0, m_locale.find_first_of(".@"));
+        m_exact = openAt(plain.c_str(), UCOL_TERTIARY);
+        m_caseless = openAt(plain.c_str(), UCOL_SECONDARY);
+    }
+    static UCollator* openAt(const char* locale, UCollationStrength strength) {
+        UErrorCode status = U_ZERO_ERROR;
+        UCollator* collator = ucol_open(locale, &status);
+        if (U_FAILURE(status)) return nullptr;
+        ucol_setStrength(collator, strength);
+        ucol_setAttribute(collator, UCOL_NORMALIZATION_MODE, UCOL_ON, &status);
+        return collator;
+    }
+    void close() {
+        ucol_close(m_exact);
+        ucol_close(m_caseless);
+        m_exact = m_caseless = nullptr;
+    }
+
+    std::string m_locale;
+    UCollator* m_exact = nullptr;
+    UCollator* m_caseless = nullptr;
+};
+
+}  // namespace
+
+int compareUnits(std::span<const UniChar> left, std::span<const UniChar> right, Case letters) noexcept {
+    if (letters == Case::Matters) {
+        const std::size_t common = std::min(left.size(), right.size());
+        const auto [l, r] =
+            std::mismatch(left.begin(), left.begin() + static_cast<std::ptrdiff_t>(common), right.begin());
+        if (l != left.begin() + static_cast<std::ptrdiff_t>(common)) return sign(*l<*r, *l> * r);
+        return sign(left.size() < right.size(), left.size() > right.size());
+    }
+    FoldedUnits l(left), r(right);
+    for (;;) {
+        const int a = l.next();
+        const int b = r.next();
+        if (a != b || a < 0) return sign(a<b, a> b);
+    }
+}
+
+int compareLocalized(std::span<const UniChar> left, std::span<const UniChar> right, Case letters) noexcept {
+    const char* locale = std::setlocale(LC_COLLATE, nullptr);
+    if (!locale || isCLocale(locale)) return compareUnits(left, right, letters);
+    static thread_local Collators collators;
+    const UCollator* collator = collators.get(locale, letters);
+    if (!collator) return compareUnits(left, right, letters);
+    return ucol_strcoll(collator, reinterpret_cast<const UChar*>(left.data()),
+                        static_cast<std::int32_t>(left.size()), reinterpret_cast<const UChar*>(right.data()),
+                        static_cast<std::int32_t>(right.size()));
+}
+
+}  // namespace kestrel::detail

@@ -1,0 +1,18 @@
+// kestrel/platform/detail/Collation.h - the order of texts.
+#pragma once
+
+#include <kestrel/platform/CFBase.h>
+
+#include <span>
+
+namespace kestrel::detail {
+
+enum class Case { Matters, Ignored };
+
+/// Orders by code unit, or by the code units of the case-folded characters: -1, 0 or 1.
+int compareUnits(std::span<const UniChar> left, std::span<const UniChar> right, Case letters) noexcept;
+/// Orders by the collation of the process locale; in the C locale as compareUnits does. Each thread keeps
+/// the collator of the locale that it met last.
+int compareLocalized(std::span<const UniChar> left, std::span<const UniChar> right, Case letters) noexcept;
+
+}  // namespace kestrel::detail
