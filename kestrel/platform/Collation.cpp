@@ -1,12 +1,13 @@
 #include <kestrel/platform/detail/Collation.h>
 
+#include <kestrel/platform/detail/UserLocale.h>
+
 #include <unicode/uchar.h>
 #include <unicode/ucol.h>
 #include <unicode/utf16.h>
 
 #include <algorithm>
 #include <clocale>
-#include <cstring>
 #include <string>
 
 namespace kestrel::detail {
@@ -46,11 +47,6 @@ private:
     std::size_t m_at = 0;
     int m_pending = -1;
 };
-
-/// True for the names of the locale in which text is only numbers.
-bool isCLocale(const char* name) {
-    return (name[0] == 'C' && (name[1] == '\0' || name[1] == '.')) || std::strcmp(name, "POSIX") == 0;
-}
 
 /// The collators of one locale. Letters that differ in case only differ at the third level.
 class Collators {
