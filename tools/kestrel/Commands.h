@@ -10,4 +10,6 @@ struct Exit {
     int status;
 };
 
+void addInfo(CLI::App& app);
+
 }  // namespace kestrel::tools
