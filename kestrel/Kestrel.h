@@ -18,7 +18,16 @@
 #include <kestrel/foundation/KSUnreachable.h>
 #include <kestrel/foundation/KSUser.h>
 #include <kestrel/foundation/KSVersion.h>
+#include <kestrel/imaging/KSBitDepth.h>
+#include <kestrel/imaging/KSBitmap.h>
+#include <kestrel/imaging/KSBitmapMemory.h>
+#include <kestrel/imaging/KSBitmapScaling.h>
+#include <kestrel/imaging/KSBitmap_t.h>
 #include <kestrel/imaging/KSBlend.h>
+#include <kestrel/imaging/KSImage.h>
+#include <kestrel/imaging/KSImageAttributes.h>
+#include <kestrel/imaging/KSPixel.h>
+#include <kestrel/imaging/KSPixelFormat.h>
 #include <kestrel/net/KSIPAddress.h>
 #include <kestrel/net/KSIPSocket.h>
 #include <kestrel/net/KSTCPServer.h>

@@ -1,0 +1,241 @@
+#include <kestrel/imaging/KSBitmapScaling.h>
+
+#include <kestrel/imaging/KSBitmap_t.h>
+#include <kestrel/imaging/detail/BitmapRows.h>
+#include <kestrel/imaging/detail/ByteKernels.h>
+#include <kestrel/imaging/detail/DepthKernels.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <type_traits>
+
+namespace {
+
+using namespace kestrel::detail;
+
+/// Where the rows or columns of a destination come from.
+class Sampling {
+public:
+    Sampling(std::uint32_t source, std::uint32_t destination)
+        : m_scale(static_cast<double>(source) / static_cast<double>(destination)), m_last(source - 1) {}
+
+    std::uint32_t at(std::uint32_t position) const {
+        const double place = std::floor(position * m_scale + 1e-7);
+        return place < m_last ? static_cast<std::uint32_t>(place) : m_last;
+    }
+
+private:
+    double m_scale;
+    std::uint32_t m_last;
+};
+
+/// Walks the rows of a scaled image: convert(to, from, count) turns count pixels of one row, all of which
+/// come from inside the source's region; sampled pixels are gathered in a row of their own first.
+template <typename To, typename From, typename Convert>
+void scaleRows(KSBitmap& destination, const KSBitmap& source, Convert convert) {
+    const std::uint32_t width = destination.getWidth(), height = destination.getHeight();
+    const std::uint32_t sourceWidth = source.getWidth();
+    if (!width || !height || !sourceWidth || !source.getHeight()) return;
+    if (!destination.getData() || !source.getData()) return;
+
+    const Sampling xs(sourceWidth, width), ys(source.getHeight(), height);
+    const bool sameColumns = width == sourceWidth;
+    const std::unique_ptr<std::uint32_t[]> columns(sameColumns ? nullptr
+                                                               : new (std::nothrow) std::uint32_t[width]);
+    const std::unique_ptr<From[]> gathered(sameColumns ? nullptr : new (std::nothrow) From[width]);
+    if (!sameColumns) {
+        if (!columns || !gathered) return;
+        for (std::uint32_t x = 0; x < width; ++x) columns[x] = xs.at(x);
+    }
+
+    To* previous = nullptr;  // the row above and where it came from
+    std::uint32_t previousRow = 0;
+    std::size_t previousCount = 0;
+    for (std::uint32_t y = 0; y < height; ++y) {
+        const std::size_t toStart = std::size_t{y} * width * sizeof(To);
+        std::size_t count = itemsInside(destination, toStart, width, sizeof(To));
+        if (count == 0) return;
+        To* to = reinterpret_cast<To*>(destination.getData() + toStart);
+        const std::uint32_t row = ys.at(y);
+        if (previous && previousRow == row && count <= previousCount) {
+            std::memcpy(to, previous, count * sizeof(To));
+            continue;
+        }
+        const std::size_t fromStart = std::size_t{row} * sourceWidth * sizeof(From);
+        const std::size_t inside = itemsInside(source, fromStart, sourceWidth, sizeof(From));
+        const auto* from = reinterpret_cast<const From*>(source.getData() + fromStart);
+        if (sameColumns) {
+            count = std::min(count, inside);
+            convert(to, from, count);
+        } else {
+            count = std::min(
+                count, static_cast<std::size_t>(
+                           std::lower_bound(columns.get(), columns.get() + width, inside) - columns.get()));
+            for (std::size_t x = 0; x < count; ++x) gathered[x] = from[columns[x]];
+            convert(to, gathered.get(), count);
+        }
+        previous = to;
+        previousRow = row;
+        previousCount = count;
+    }
+}
+
+template <typename Pixel>
+void scale(KSBitmap& destination, const KSBitmap& source) {
+    if (destination.getData() == source.getData()) return;  // every pixel onto itself
+    scaleRows<Pixel, Pixel>(destination, source, [](Pixel* to, const Pixel* from, std::size_t count) {
+        std::memcpy(to, from, count * sizeof(Pixel));
+    });
+}
+
+constexpr BytePattern toRGBAOrder = componentOrder<std::uint8_t, 4>({1, 2, 3, 0});
+constexpr BytePattern toARGBOrder = componentOrder<std::uint8_t, 4>({3, 0, 1, 2});
+
+/// Pixels of one layout into another, both with four components.
+template <typename To, typename From>
+void convertPixels(To* to, const From* from, std::size_t count) {
+    constexpr bool fromARGB = From::Info::format == KSPixelInfoARGB8::format;
+    constexpr bool toARGB = To::Info::format == KSPixelInfoARGB8::format;
+    auto* target = to->components;
+    if constexpr (fromARGB && !toARGB) {  // reordered in pieces that stay in the cache
+        constexpr std::size_t piece = 256;
+        std::uint8_t reordered[4 * piece];
+        for (std::size_t done = 0; done < count; done += piece) {
+            const std::size_t pixels = std::min(piece, count - done);
+            shuffleBytes(reordered, from[done].components, 4 * pixels, toRGBAOrder);
+            convertDepth(target + 4 * done, reordered, 4 * pixels);
+        }
+    } else {
+        convertDepth(target, from->components, 4 * count);
+        if constexpr (toARGB && !fromARGB) shuffleBytes(target, target, 4 * count, toARGBOrder);
+    }
+}
+
+template <typename To, typename From>
+void scaleAndConvert(KSBitmap& destination, const KSBitmap& source) {
+    scaleRows<To, From>(destination, source, convertPixels<To, From>);
+}
+
+using PixelRGBA8 = KSBitmapRGBA8::Pixel;
+using PixelARGB8 = KSBitmapARGB8::Pixel;
+using PixelRGBA16 = KSBitmapRGBA16::Pixel;
+using PixelHalf = KSBitmapRGBAHalfFloat::Pixel;
+using PixelFloat = KSBitmapRGBAFloat::Pixel;
+
+template <typename To>
+void scaleAndConvertFrom(KSBitmap& destination, const KSBitmap& source) {
+    switch (source.getPixelFormat()) {
+        case 1:
+            return scaleAndConvert<To, PixelARGB8>(destination, source);
+        case 4:
+            return scaleAndConvert<To, PixelRGBA16>(destination, source);
+        case 8:
+            return scaleAndConvert<To, PixelHalf>(destination, source);
+        case 9:
+            return scaleAndConvert<To, PixelFloat>(destination, source);
+        default:
+            return scaleAndConvert<To, PixelRGBA8>(destination, source);
+    }
+}
+
+/// The source itself, or, for a 4:2:2 source, a temporary ARGB bitmap in its place.
+class ScalingSource {
+public:
+    explicit ScalingSource(const KSBitmap& source) : m_source(&source) {
+        if (source.getPixelFormat() != KSPixelInfoYUV8::format) return;
+        m_argb = std::make_unique<KSBitmapARGB8>(source.getWidth(), source.getHeight());
+        m_argb->copy(source);
+        m_source = m_argb.get();
+    }
+    const KSBitmap& get() const { return *m_source; }
+
+private:
+    std::unique_ptr<KSBitmapARGB8> m_argb;
+    const KSBitmap* m_source;
+};
+
+}  // namespace
+
+template <typename Bitmap, typename Pixel>
+void scaleBitmap(Bitmap* destination, const KSBitmap* source) {
+    scale<Pixel>(*destination, *source);
+}
+
+template <typename Bitmap, typename Pixel>
+void scaleAndDepthConvertBitmaptoRGBAFloat(Bitmap* source, KSBitmap* destination) {
+    scaleAndConvert<PixelFloat, Pixel>(*destination, *source);
+}
+
+template <typename Bitmap, typename Pixel>
+void scaleAndDepthConvertBitmaptoRGBA16(Bitmap* source, KSBitmap* destination) {
+    scaleAndConvert<PixelRGBA16, Pixel>(*destination, *source);
+}
+
+template <typename Bitmap, typename Pixel>
+void scaleAndDepthConvertBitmapToARGB8(Bitmap* source, KSBitmap* destination) {
+    scaleAndConvert<PixelARGB8, Pixel>(*destination, *source);
+}
+
+#define KESTREL_SCALE(B) template KESTREL_API void scaleBitmap<B, B::Pixel>(B*, const KSBitmap*);
+KESTREL_SCALE(KSBitmapRGBA8)
+KESTREL_SCALE(KSBitmapARGB8)
+KESTREL_SCALE(KSBitmapYUV8)
+KESTREL_SCALE(KSBitmapRGBA16)
+KESTREL_SCALE(KSBitmapRGB16)
+KESTREL_SCALE(KSBitmapLuminanceAlpha16)
+KESTREL_SCALE(KSBitmapLuminance16)
+KESTREL_SCALE(KSBitmapRGBAHalfFloat)
+KESTREL_SCALE(KSBitmapRGBAFloat)
+#undef KESTREL_SCALE
+
+#define KESTREL_CONVERT(B)                                                                       \
+    template KESTREL_API void scaleAndDepthConvertBitmaptoRGBAFloat<B, B::Pixel>(B*, KSBitmap*); \
+    template KESTREL_API void scaleAndDepthConvertBitmaptoRGBA16<B, B::Pixel>(B*, KSBitmap*);    \
+    template KESTREL_API void scaleAndDepthConvertBitmapToARGB8<B, B::Pixel>(B*, KSBitmap*);
+KESTREL_CONVERT(KSBitmapRGBA8)
+KESTREL_CONVERT(KSBitmapARGB8)
+KESTREL_CONVERT(KSBitmapRGBA16)
+KESTREL_CONVERT(KSBitmapRGBAHalfFloat)
+KESTREL_CONVERT(KSBitmapRGBAFloat)
+#undef KESTREL_CONVERT
+
+void KSBitmap::copyWithScaling(const KSBitmap& source) {
+    const ScalingSource from(source);
+    switch (m_pixelFormat) {
+        case 1:
+            return scale<PixelARGB8>(*this, from.get());
+        case 2:
+            return scale<KSBitmapYUV8::Pixel>(*this, from.get());
+        case 4:
+            return scale<PixelRGBA16>(*this, from.get());
+        case 5:
+            return scale<KSBitmapRGB16::Pixel>(*this, from.get());
+        case 6:
+            return scale<KSBitmapLuminanceAlpha16::Pixel>(*this, from.get());
+        case 7:
+            return scale<KSBitmapLuminance16::Pixel>(*this, from.get());
+        case 8:
+            return scale<PixelHalf>(*this, from.get());
+        case 9:
+            return scale<PixelFloat>(*this, from.get());
+        default:
+            return scale<PixelRGBA8>(*this, from.get());
+    }
+}
+
+void KSBitmap::copyWithScalingAndDepthConversion(const KSBitmap& source) {
+    const ScalingSource from(source);
+    switch (m_pixelFormat) {
+        case 1:
+            return scaleAndConvertFrom<PixelARGB8>(*this, from.get());
+        case 4:
+            return scaleAndConvertFrom<PixelRGBA16>(*this, from.get());
+        case 9:
+            return scaleAndConvertFrom<PixelFloat>(*this, from.get());
+        default:
+            return;
+    }
+}

@@ -1,0 +1,52 @@
+// kestrel/imaging/detail/ByteKernels.h - moving and masking bytes in a pattern that repeats every 16 bytes.
+//
+// All changes of channel order, all copies of alpha into colours and all writes of a constant alpha are one
+// of these two. Every pixel size (1, 2, 4, 8, 16 bytes) divides the pattern.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace kestrel::detail {
+
+using BytePattern = std::array<std::uint8_t, 16>;
+
+/// to[16 k + i] = from[16 k + order[i]]. In place when to == from, otherwise without overlap. The order must
+/// stay within a pixel, so that a last incomplete block of whole pixels is complete in itself.
+void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const BytePattern& order);
+/// bytes[16 k + i] = (bytes[16 k + i] & keep[i]) ^ flip[i].
+void maskBytes(std::uint8_t* bytes, std::size_t count, const BytePattern& keep, const BytePattern& flip);
+
+namespace reference {
+void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const BytePattern& order);
+void maskBytes(std::uint8_t* bytes, std::size_t count, const BytePattern& keep, const BytePattern& flip);
+}  // namespace reference
+
+/// The order of bytes in which component k of each pixel comes from component source[k].
+template <typename Component, std::size_t channels>
+constexpr BytePattern componentOrder(const std::array<unsigned, channels>& source) {
+    constexpr std::size_t size = sizeof(Component), pixel = size * channels;
+    BytePattern order{};
+    for (std::size_t i = 0; i < order.size(); ++i)
+        order[i] = static_cast<std::uint8_t>(i - i % pixel + source[i % pixel / size] * size + i % size);
+    return order;
+}
+
+/// The bytes of one component of each pixel, repeated; 0 elsewhere.
+template <typename Component>
+constexpr BytePattern componentBytes(std::size_t channels, std::size_t index, std::uint64_t bits) {
+    const std::size_t pixel = sizeof(Component) * channels;
+    BytePattern pattern{};
+    for (std::size_t i = 0; i < pattern.size(); ++i)
+        if (i % pixel / sizeof(Component) == index)
+            pattern[i] = static_cast<std::uint8_t>(bits >> (8 * (i % sizeof(Component))));  // little-endian
+    return pattern;
+}
+
+constexpr BytePattern complement(BytePattern pattern) {
+    for (auto& byte : pattern) byte = static_cast<std::uint8_t>(~byte);
+    return pattern;
+}
+
+}  // namespace kestrel::detail
