@@ -35,6 +35,8 @@
 #include <kestrel/net/KSUDPData.h>
 #include <kestrel/platform/CoreFoundation.h>
 #include <kestrel/serialization/KSException.h>
+#include <kestrel/serialization/KSHash128.h>
+#include <kestrel/serialization/KSHashWriteStream.h>
 #include <kestrel/serialization/KSScope.h>
 #include <kestrel/serialization/KSSerializer.h>
 #include <kestrel/serialization/KSSerializerWriteStream.h>
