@@ -4,7 +4,7 @@
 #include <kestrel/platform/detail/AutoreleasePool.h>
 #include <kestrel/platform/detail/MacRoman.h>
 #include <kestrel/platform/detail/StringObject.h>
-#include <kestrel/platform/detail/TextEncoding.h>
+#include <kestrel/platform/detail/Utf8.h>
 
 #include <algorithm>
 #include <cstdarg>

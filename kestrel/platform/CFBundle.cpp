@@ -4,8 +4,8 @@
 #include <kestrel/platform/detail/PlatformObject.h>
 #include <kestrel/platform/detail/StringObject.h>
 #include <kestrel/platform/detail/StringTable.h>
-#include <kestrel/platform/detail/TextEncoding.h>
 #include <kestrel/platform/detail/UserLocale.h>
+#include <kestrel/platform/detail/Utf8.h>
 
 #include <dlfcn.h>
 

@@ -4,6 +4,7 @@
 #include <kestrel/platform/detail/MacRoman.h>
 #include <kestrel/platform/detail/StringObject.h>
 #include <kestrel/platform/detail/TextEncoding.h>
+#include <kestrel/platform/detail/Utf8.h>
 
 #include <algorithm>
 #include <bit>
@@ -90,26 +91,25 @@ CFStringRef createFromBytes(const std::uint8_t* bytes, std::size_t count, CFStri
     }
 }
 
-/// UTF-8 while whole characters fit.
+/// UTF-8 while whole characters fit: in pieces that fit for certain, then one character at a time.
 Encoded encodeUtf8(std::span<const UniChar> units, std::span<std::uint8_t> bytes) {
+    const auto isHigh = [](UniChar unit) { return (unit & 0xFC00) == 0xD800; };
+    const auto isLow = [](UniChar unit) { return (unit & 0xFC00) == 0xDC00; };
     Encoded result;
     while (result.units < units.size()) {
-        const std::size_t left = units.size() - result.units;
+        const auto rest = units.subspan(result.units);
         const std::size_t room = bytes.size() - result.bytes;
-        std::size_t count = std::min(left, room / maximumUtf8PerUnit);
-        if (count < left && count <= 1) count = std::min<std::size_t>(left, 2);  // the end: one character
-        const auto isHigh = [&](std::size_t i) { return (units[i] & 0xFC00) == 0xD800; };
-        if (count < left && isHigh(result.units + count - 1)) --count;
-        if (count == 2 && left > 1 && room < 2 * maximumUtf8PerUnit && !isHigh(result.units)) count = 1;
-        if (count == 0) count = 1;
-        if (count * maximumUtf8PerUnit <= room) {
-            result.bytes += utf8FromUtf16(units.subspan(result.units, count),
-                                          reinterpret_cast<char*>(bytes.data() + result.bytes));
+        char* const target = reinterpret_cast<char*>(bytes.data()) + result.bytes;
+        std::size_t count = std::min(rest.size(), room / maximumUtf8PerUnit);
+        if (count > 0 && count < rest.size() && isHigh(rest[count - 1])) --count;
+        if (count > 0) {
+            result.bytes += utf8FromUtf16(rest.first(count), target);
         } else {
-            char last[2 * maximumUtf8PerUnit];
-            const std::size_t size = utf8FromUtf16(units.subspan(result.units, count), last);
+            count = rest.size() > 1 && isHigh(rest[0]) && isLow(rest[1]) ? 2 : 1;
+            char character[2 * maximumUtf8PerUnit];
+            const std::size_t size = utf8FromUtf16(rest.first(count), character);
             if (size > room) break;
-            std::memcpy(bytes.data() + result.bytes, last, size);
+            std::memcpy(target, character, size);
             result.bytes += size;
         }
         result.units += count;

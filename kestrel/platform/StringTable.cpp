@@ -1,7 +1,7 @@
 #include <kestrel/platform/detail/StringTable.h>
 
 #include <kestrel/platform/detail/StringObject.h>
-#include <kestrel/platform/detail/TextEncoding.h>
+#include <kestrel/platform/detail/Utf8.h>
 
 #include <algorithm>
 #include <optional>
