@@ -20,8 +20,30 @@ using kestrel::detail::unitsOf;
 
 namespace {
 
+/// Adds text to string; false without memory.
+bool appendMacRoman(__CFString* string, const char* text, std::size_t length) {
+    UniChar* const end = string ? string->reserve(length) : nullptr;
+    if (!end) return false;
+    kestrel::detail::utf16FromMacRoman(reinterpret_cast<const std::uint8_t*>(text), length, end);
+    string->grow(length);
+    return true;
+}
+
 CFStringRef fromMacRoman(const char* text) {
-    return CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingMacRoman);
+    if (!text) return nullptr;
+    const std::size_t length = std::strlen(text);
+    __CFString* string = __CFString::make(length);
+    appendMacRoman(string, text, length);
+    return string;
+}
+
+/// What a copy of a string holds: the same object, or one of its own when the object is of the kind that its
+/// other holders may change.
+CFStringRef shared(CFStringRef string) {
+    if (!string) return nullptr;
+    if (string->isMutable()) return __CFString::make(string->getUnits());
+    string->retain();
+    return string;
 }
 
 CFStringRef fromUnits(const unsigned short* units) {
@@ -89,6 +111,10 @@ KSString::KSString(const char* key, CFBundleRef bundle) {
     if (key) keep(localized(Temporary(fromMacRoman(key)).string, bundle));
 }
 
+KSString::~KSString() {
+    if (m_string) m_string->release();
+}
+
 KSString& KSString::operator=(const KSString& other) { return set(other); }
 
 KSString& KSString::operator=(KSString&& other) noexcept {
@@ -100,7 +126,7 @@ KSString& KSString::operator=(KSString&& other) noexcept {
 void KSString::clear() noexcept { keep(nullptr); }
 
 KSString& KSString::set(const KSString& other) {
-    keep(CFStringCreateCopy(kCFAllocatorDefault, other.m_string));
+    keep(shared(other.m_string));
     return *this;
 }
 
@@ -145,7 +171,9 @@ KSString& KSString::setOSType(unsigned long code) {
 }
 
 /// Owns string, which is the caller's reference, instead of what was held.
-void KSString::keep(CFStringRef string) noexcept { CFRelease(std::exchange(m_string, string)); }
+void KSString::keep(CFStringRef string) noexcept {
+    if (CFStringRef old = std::exchange(m_string, string)) old->release();
+}
 
 /// The object to edit in place, with room for extra units: the held one when nobody else could hold it,
 /// else a new copy. Null, with everything as it was, without memory. Requires a string that is not null.
@@ -166,9 +194,11 @@ unsigned int KSString::size() const noexcept {
 
 char* KSString::createCStr() const {
     if (!m_string) return nullptr;
-    const CFIndex size = CFStringGetLength(m_string) + 1;
-    auto* text = static_cast<char*>(std::malloc(static_cast<std::size_t>(size)));
-    if (text) CFStringGetCString(m_string, text, size, kCFStringEncodingMacRoman);
+    const auto units = unitsOf(m_string);
+    auto* text = static_cast<char*>(std::malloc(units.size() + 1));
+    if (!text) return nullptr;
+    auto* bytes = reinterpret_cast<std::uint8_t*>(text);
+    text[kestrel::detail::macRomanFromUtf16(units.data(), units.size(), bytes)] = '\0';
     return text;
 }
 
@@ -263,18 +293,18 @@ KSString& KSString::insert(unsigned long position, const KSString& other) {
 
 KSString& KSString::append(const KSString& other) {
     if (!m_string) return set(other);
-    return replace(unitsOf(m_string).size(), 0, other);
+    if (!other.m_string) return *this;
+    // Should other be this string, its units are looked up again once there is room for them twice.
+    const std::size_t length = other.m_string->getLength();
+    if (__CFString* string = edit(length)) string->append(unitsOf(other.m_string));
+    return *this;
 }
 
 KSString& KSString::append(const char* text) {
     if (!text) return *this;
     if (!m_string) return set(text);
     const std::size_t length = std::strlen(text);
-    if (__CFString* string = edit(length)) {
-        kestrel::detail::utf16FromMacRoman(reinterpret_cast<const std::uint8_t*>(text), length,
-                                           string->reserve(length));
-        string->grow(length);
-    }
+    appendMacRoman(edit(length), text, length);
     return *this;
 }
 
@@ -287,10 +317,9 @@ KSString& KSString::erase(unsigned long position, unsigned int count) {
 
 KSString& KSString::replace(unsigned long position, unsigned int count, const KSString& other) {
     if (!m_string || !other.m_string) return *this;
-    const Temporary units(static_cast<CFStringRef>(CFRetain(other.m_string)));  // other may be this string
-    const ClampedRange part(position, count, unitsOf(m_string).size());
-    if (__CFString* string = edit(unitsOf(units.string).size()))
-        string->replace(part.position, part.count, unitsOf(units.string));
+    const ClampedRange part(position, count, m_string->getLength());
+    if (__CFString* string = edit(other.m_string->getLength()))
+        string->replace(part.position, part.count, unitsOf(other.m_string));
     return *this;
 }
 

@@ -42,7 +42,7 @@ public:
     KSString(CFStringRef key, CFBundleRef bundle);
     KSString(const char* key, CFBundleRef bundle);
 
-    ~KSString() { CFRelease(m_string); }
+    ~KSString();
     KSString& operator=(const KSString& other);  ///< shares the text, O(1)
     KSString& operator=(KSString&& other) noexcept;
 

@@ -1,77 +1,42 @@
-// Widening and narrowing of ASCII by vectors: whole vectors while all of them is ASCII, then the plain loop,
-// which finds the exact end of the run.
 #include <kestrel/platform/detail/AsciiRun.h>
 
-#undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "kestrel/platform/AsciiRun.cpp"
-#include <hwy/foreach_target.h>
-#include <hwy/highway.h>
+#include <cstring>
 
-HWY_BEFORE_NAMESPACE();
-namespace kestrel::detail::HWY_NAMESPACE {
-namespace hn = hwy::HWY_NAMESPACE;
-
-std::size_t widen(const std::uint8_t* bytes, std::size_t count, UniChar* units) {
-    const hn::ScalableTag<std::uint16_t> d16;
-    const hn::Rebind<std::uint8_t, decltype(d16)> d8;
-    const std::size_t lanes = hn::Lanes(d16);
-    const auto limit = hn::Set(d16, 0x7F);
-    std::size_t done = 0;
-    for (; done + 2 * lanes <= count; done += 2 * lanes) {
-        const auto low = hn::PromoteTo(d16, hn::LoadU(d8, bytes + done));
-        const auto high = hn::PromoteTo(d16, hn::LoadU(d8, bytes + done + lanes));
-        if (!hn::AllFalse(d16, hn::Gt(hn::Or(low, high), limit))) break;
-        hn::StoreU(low, d16, units + done);
-        hn::StoreU(high, d16, units + done + lanes);
-    }
-    return done + widenAsciiReference(bytes + done, count - done, units + done);
-}
-
-std::size_t narrow(const UniChar* units, std::size_t count, std::uint8_t* bytes) {
-    const hn::ScalableTag<std::uint16_t> d16;
-    const hn::RebindToSigned<decltype(d16)> di16;
-    const hn::Rebind<std::uint8_t, decltype(d16)> d8;
-    const std::size_t lanes = hn::Lanes(d16);
-    const auto limit = hn::Set(d16, 0x7F);
-    std::size_t done = 0;
-    for (; done + 2 * lanes <= count; done += 2 * lanes) {
-        const auto low = hn::LoadU(d16, units + done);
-        const auto high = hn::LoadU(d16, units + done + lanes);
-        if (!hn::AllFalse(d16, hn::Gt(hn::Or(low, high), limit))) break;
-        hn::StoreU(hn::DemoteTo(d8, hn::BitCast(di16, low)), d8, bytes + done);
-        hn::StoreU(hn::DemoteTo(d8, hn::BitCast(di16, high)), d8, bytes + done + lanes);
-    }
-    return done + narrowAsciiReference(units + done, count - done, bytes + done);
-}
-
-}  // namespace kestrel::detail::HWY_NAMESPACE
-HWY_AFTER_NAMESPACE();
-
-#if HWY_ONCE
 namespace kestrel::detail {
 
-HWY_EXPORT(widen);
-HWY_EXPORT(narrow);
+namespace {
+
+// Sixteen at a time: a few words tell whether all of them is ASCII, and the copy of a fixed length is one the
+// compiler makes of vectors. Strings are short: choosing vectors at run time would cost more than it gains.
+constexpr std::size_t block = 16;
+
+/// True when no bit of mask is set in any 64-bit word of the block.
+template <typename Unit>
+bool isClear(const Unit* start, std::uint64_t mask) {
+    std::uint64_t words[block * sizeof(Unit) / sizeof(std::uint64_t)];
+    std::memcpy(words, start, sizeof words);
+    std::uint64_t all = 0;
+    for (const std::uint64_t word : words) all |= word;
+    return (all & mask) == 0;
+}
+
+template <typename From, typename To>
+std::size_t copyAscii(const From* from, std::size_t count, To* to, std::uint64_t notAscii) {
+    std::size_t done = 0;
+    for (; done + block <= count && isClear(from + done, notAscii); done += block)
+        for (std::size_t i = 0; i < block; ++i) to[done + i] = static_cast<To>(from[done + i]);
+    for (; done < count && from[done] < 0x80; ++done) to[done] = static_cast<To>(from[done]);
+    return done;
+}
+
+}  // namespace
 
 std::size_t widenAscii(const std::uint8_t* bytes, std::size_t count, UniChar* units) noexcept {
-    return HWY_DYNAMIC_DISPATCH(widen)(bytes, count, units);
+    return copyAscii(bytes, count, units, 0x8080'8080'8080'8080);
 }
 
 std::size_t narrowAscii(const UniChar* units, std::size_t count, std::uint8_t* bytes) noexcept {
-    return HWY_DYNAMIC_DISPATCH(narrow)(units, count, bytes);
-}
-
-std::size_t widenAsciiReference(const std::uint8_t* bytes, std::size_t count, UniChar* units) noexcept {
-    std::size_t i = 0;
-    for (; i < count && bytes[i] < 0x80; ++i) units[i] = bytes[i];
-    return i;
-}
-
-std::size_t narrowAsciiReference(const UniChar* units, std::size_t count, std::uint8_t* bytes) noexcept {
-    std::size_t i = 0;
-    for (; i < count && units[i] < 0x80; ++i) bytes[i] = static_cast<std::uint8_t>(units[i]);
-    return i;
+    return copyAscii(units, count, bytes, 0xFF80'FF80'FF80'FF80);
 }
 
 }  // namespace kestrel::detail
-#endif

@@ -49,17 +49,16 @@ __CFString* __CFString::make(std::span<const UniChar> units, bool isMutable, std
     return string;
 }
 
-UniChar* __CFString::reserve(std::size_t extra) noexcept {
-    if (extra <= m_capacity - m_length) return m_units + m_length;
-    if (extra > maximumLength) return nullptr;
+bool __CFString::enlarge(std::size_t extra) noexcept {
+    if (extra > maximumLength) return false;
     const std::size_t capacity = std::max(m_length + extra, m_capacity + m_capacity / 2 + 16);
     const bool wasInline = m_units == getInlineUnits();
     void* units = std::realloc(wasInline ? nullptr : m_units, capacity * sizeof(UniChar));
-    if (!units) return nullptr;
+    if (!units) return false;
     if (wasInline) std::memcpy(units, m_units, m_length * sizeof(UniChar));
     m_units = static_cast<UniChar*>(units);
     m_capacity = capacity;
-    return m_units + m_length;
+    return true;
 }
 
 bool __CFString::replace(std::size_t position, std::size_t count, std::span<const UniChar> units) noexcept {

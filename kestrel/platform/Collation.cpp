@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <clocale>
+#include <cstring>
 #include <string>
 
 namespace kestrel::detail {
@@ -95,9 +96,10 @@ private:
 int compareUnits(std::span<const UniChar> left, std::span<const UniChar> right, Case letters) noexcept {
     if (letters == Case::Matters) {
         const std::size_t common = std::min(left.size(), right.size());
-        const auto [l, r] =
-            std::mismatch(left.begin(), left.begin() + static_cast<std::ptrdiff_t>(common), right.begin());
-        if (l != left.begin() + static_cast<std::ptrdiff_t>(common)) return sign(*l<*r, *l> * r);
+        std::size_t at = 0;
+        while (at + 4 <= common && std::memcmp(&left[at], &right[at], 4 * sizeof(UniChar)) == 0) at += 4;
+        while (at < common && left[at] == right[at]) ++at;
+        if (at < common) return sign(left[at]<right[at], left[at]> right[at]);
         return sign(left.size() < right.size(), left.size() > right.size());
     }
     FoldedUnits l(left), r(right);

@@ -30,37 +30,36 @@ constexpr auto upperHalf = std::to_array<UniChar>({
 });
 static_assert(upperHalf.size() == 128);
 
-/// The way back in two steps: the high byte of a unit chooses a page, the low byte the character in it.
-/// Page 0 is empty, and so is a 0 in any page.
-struct ReverseTable {
+/// All 256 bytes, and the way back in two steps: the high byte of a unit chooses a page, the low byte the
+/// character in it. Page 0 is empty; a 0 in a page is no character, except for the unit 0.
+struct Tables {
+    std::array<UniChar, 256> units{};
     std::array<std::uint8_t, 256> pageOf{};
-    std::array<std::array<std::uint8_t, 256>, 13> pages{};
+    std::array<std::array<std::uint8_t, 256>, 14> pages{};
 
-    constexpr ReverseTable() {
+    constexpr Tables() {
         std::uint8_t used = 0;
-        for (std::size_t i = 0; i < upperHalf.size(); ++i) {
-            std::uint8_t& page = pageOf[upperHalf[i] >> 8];
+        for (std::size_t byte = 0; byte < units.size(); ++byte) {
+            units[byte] = byte < 0x80 ? static_cast<UniChar>(byte) : upperHalf[byte - 0x80];
+            std::uint8_t& page = pageOf[units[byte] >> 8];
             if (page == 0) page = ++used;
-            pages[page][upperHalf[i] & 0xFF] = static_cast<std::uint8_t>(0x80 + i);
+            pages[page][units[byte] & 0xFF] = static_cast<std::uint8_t>(byte);
         }
     }
 };
-constexpr ReverseTable reverseTable;
+constexpr Tables tables;
 
 }  // namespace
 
 void utf16FromMacRoman(const std::uint8_t* bytes, std::size_t count, UniChar* units) noexcept {
-    for (std::size_t i = widenAscii(bytes, count, units); i < count; ++i)
-        units[i] = bytes[i] < 0x80 ? bytes[i] : upperHalf[bytes[i] - 0x80u];
+    for (std::size_t i = widenAscii(bytes, count, units); i < count; ++i) units[i] = tables.units[bytes[i]];
 }
 
 std::size_t macRomanFromUtf16(const UniChar* units, std::size_t count, std::uint8_t* bytes) noexcept {
     std::size_t i = narrowAscii(units, count, bytes);
     for (; i < count; ++i) {
         const unsigned unit = units[i];
-        const std::uint8_t byte = unit < 0x80
-                                      ? static_cast<std::uint8_t>(unit)
-                                      : reverseTable.pages[reverseTable.pageOf[unit >> 8]][unit & 0xFF];
+        const std::uint8_t byte = tables.pages[tables.pageOf[unit >> 8]][unit & 0xFF];
         if (byte == 0 && unit != 0) break;
         bytes[i] = byte;
     }

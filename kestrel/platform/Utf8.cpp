@@ -1,14 +1,39 @@
-// UTF-16 to UTF-8 and back. A vector of ASCII is narrowed or widened at once; a vector with anything else in
-// it goes character by character, without a branch for each length. The well-formed sequences are those of
-// the Unicode standard, table 3-7.
+// UTF-16 to UTF-8 and back. A vector of ASCII is narrowed or widened at once. Other text becomes UTF-8 four
+// units at a time: each lane builds the one to three bytes of its unit, and a shuffle from a table closes the
+// gaps. Surrogates, and everything on the way back, go character by character. The well-formed sequences are
+// those of the Unicode standard, table 3-7.
 #include <kestrel/platform/detail/Utf8.h>
 
+#include <array>
 #include <cstdint>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kestrel/platform/Utf8.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
+
+#ifndef KESTREL_UTF8_TABLE
+#define KESTREL_UTF8_TABLE
+namespace kestrel::detail {
+
+/// For four 32-bit lanes that hold one to three bytes each: the shuffle that moves those bytes together, and
+/// in its last place their number. Bits 0 to 3 of the index tell which lanes hold three, 4 to 7 which one.
+inline constexpr auto closeGaps = [] {
+    std::array<std::array<std::uint8_t, 16>, 256> table{};
+    for (unsigned index = 0; index < 256; ++index) {
+        std::uint8_t count = 0;
+        for (unsigned lane = 0; lane < 4; ++lane) {
+            const unsigned size = index >> lane & 1 ? 3 : index >> lane & 16 ? 1 : 2;
+            for (unsigned i = 0; i < size; ++i)
+                table[index][count++] = static_cast<std::uint8_t>(4 * lane + i);
+        }
+        table[index][15] = count;
+    }
+    return table;
+}();
+
+}  // namespace kestrel::detail
+#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace kestrel::detail::HWY_NAMESPACE {
@@ -73,6 +98,35 @@ HWY_INLINE bool decodeNext(const std::uint8_t*& byte, const std::uint8_t* end, U
     return true;
 }
 
+#if HWY_TARGET != HWY_SCALAR
+/// Writes four units as UTF-8 and returns the number of bytes, 0 when one of them is a surrogate. Sixteen
+/// bytes are always written.
+HWY_INLINE std::size_t encodeFour(const UniChar* unit, std::uint8_t* byte) {
+    const hn::FixedTag<std::int32_t, 4> d;
+    const hn::FixedTag<std::uint16_t, 4> d16;
+    const hn::FixedTag<std::uint8_t, 16> d8;
+    const auto set = [&](int value) HWY_ATTR { return hn::Set(d, value); };
+    const auto character =
+        hn::BitCast(d, hn::PromoteTo(hn::RebindToUnsigned<decltype(d)>(), hn::LoadU(d16, unit)));
+    if (!hn::AllFalse(d, hn::Eq(hn::And(character, set(0xF800)), set(0xD800)))) return 0;
+    const auto isLong = hn::Gt(character, set(0x7FF));
+    const auto isAscii = hn::Lt(character, set(0x80));
+    const auto last = hn::Or(hn::And(character, set(0x3F)), set(0x80));
+    const auto high = hn::ShiftRight<6>(character);
+    const auto two = hn::Or(hn::Or(high, set(0xC0)), hn::ShiftLeft<8>(last));
+    const auto middle = hn::Or(hn::And(high, set(0x3F)), set(0x80));
+    const auto three = hn::Or(hn::Or(hn::ShiftRight<12>(character), set(0xE0)),
+                              hn::Or(hn::ShiftLeft<8>(middle), hn::ShiftLeft<16>(last)));
+    const auto bytes = hn::IfThenElse(isLong, three, hn::IfThenElse(isAscii, character, two));
+    std::uint8_t longBits[8], asciiBits[8];
+    hn::StoreMaskBits(d, isLong, longBits);
+    hn::StoreMaskBits(d, isAscii, asciiBits);
+    const std::uint8_t* gaps = closeGaps[longBits[0] & 15u | (asciiBits[0] & 15u) << 4].data();
+    hn::StoreU(hn::TableLookupBytes(hn::BitCast(d8, bytes), hn::LoadU(d8, gaps)), d8, byte);
+    return gaps[15];
+}
+#endif
+
 std::size_t encode(const UniChar* unit, std::size_t count, std::uint8_t* const bytes) {
     const hn::ScalableTag<std::uint16_t> d16;
     const hn::RebindToSigned<decltype(d16)> di16;
@@ -91,7 +145,19 @@ std::size_t encode(const UniChar* unit, std::size_t count, std::uint8_t* const b
             byte += 2 * lanes;
             continue;
         }
-        for (const UniChar* const blockEnd = unit + 2 * lanes; unit < blockEnd;) encodeNext(unit, end, byte);
+        const UniChar* const blockEnd = unit + 2 * lanes;
+#if HWY_TARGET != HWY_SCALAR
+        // Two units more have room for what four of them may write too much.
+        while (unit < blockEnd && end - unit >= 6) {
+            if (const std::size_t written = encodeFour(unit, byte)) {
+                unit += 4;
+                byte += written;
+            } else {
+                for (const UniChar* const fourEnd = unit + 4; unit < fourEnd;) encodeNext(unit, end, byte);
+            }
+        }
+#endif
+        while (unit < blockEnd) encodeNext(unit, end, byte);
     }
     while (unit < end) encodeNext(unit, end, byte);
     return static_cast<std::size_t>(byte - bytes);

@@ -13,8 +13,4 @@ std::size_t widenAscii(const std::uint8_t* bytes, std::size_t count, UniChar* un
 /// Narrows units into bytes up to the first unit from 0x80 up; returns how many were narrowed.
 std::size_t narrowAscii(const UniChar* units, std::size_t count, std::uint8_t* bytes) noexcept;
 
-/// The plain loops that define the results of the two above.
-std::size_t widenAsciiReference(const std::uint8_t* bytes, std::size_t count, UniChar* units) noexcept;
-std::size_t narrowAsciiReference(const UniChar* units, std::size_t count, std::uint8_t* bytes) noexcept;
-
 }  // namespace kestrel::detail

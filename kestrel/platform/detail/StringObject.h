@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <span>
 #include <string>
 
@@ -34,14 +35,24 @@ public:
 
     /// Makes room for extra units more, growing in proportion; null without memory, else where the first
     /// of them goes. Requires isEditable().
-    UniChar* reserve(std::size_t extra) noexcept;
+    UniChar* reserve(std::size_t extra) noexcept {
+        return extra <= m_capacity - m_length || enlarge(extra) ? m_units + m_length : nullptr;
+    }
     /// Takes count units, written behind the end after reserve(), into the text.
     void grow(std::size_t count) noexcept { m_length += count; }
+    /// Adds units, which must not lie in this text; false without memory.
+    bool append(std::span<const UniChar> units) noexcept {
+        UniChar* const end = reserve(units.size());
+        if (end && !units.empty()) std::memcpy(end, units.data(), units.size_bytes());
+        if (end) m_length += units.size();
+        return end;
+    }
     /// Replaces count units at position (both within the text) by units, which may lie in this text.
     /// False without memory: the text is as it was.
     bool replace(std::size_t position, std::size_t count, std::span<const UniChar> units) noexcept;
 
 private:
+    bool enlarge(std::size_t extra) noexcept;
     __CFString(std::size_t capacity, bool isMutable) noexcept;
     __CFString(const __CFString&) = delete;
     UniChar* getInlineUnits() noexcept { return reinterpret_cast<UniChar*>(this + 1); }
