@@ -7,15 +7,11 @@
 #include <cstring>
 #include <map>
 #include <mutex>
-#include <new>
 
 using kestrel::detail::ClampedRange;
 using kestrel::detail::unitsOf;
 
 namespace {
-
-// Far beyond any memory, and small enough that no sum or product of sizes wraps.
-constexpr std::size_t maximumLength = std::size_t{1} << 60;
 
 std::span<const UniChar> spanOf(const UniChar* units, CFIndex count) {
     if (!units || count <= 0) return {};
@@ -28,17 +24,8 @@ bool liesIn(const UniChar* unit, std::span<const UniChar> text) {
 
 }  // namespace
 
-__CFString::__CFString(std::size_t capacity, bool isMutable) noexcept
-    : m_mutable(isMutable), m_capacity(capacity), m_units(getInlineUnits()) {}
-
 __CFString::~__CFString() {
     if (m_units != getInlineUnits()) std::free(m_units);
-}
-
-__CFString* __CFString::make(std::size_t capacity, bool isMutable) noexcept {
-    if (capacity > maximumLength) return nullptr;
-    void* block = std::malloc(sizeof(__CFString) + capacity * sizeof(UniChar));
-    return block ? new (block) __CFString(capacity, isMutable) : nullptr;
 }
 
 __CFString* __CFString::make(std::span<const UniChar> units, bool isMutable, std::size_t room) noexcept {

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <span>
 #include <string>
 
@@ -17,7 +18,11 @@
 struct __CFString final : kestrel::detail::PlatformObject {
 public:
     /// A new object without text, with room for capacity units; null without memory.
-    static __CFString* make(std::size_t capacity, bool isMutable = false) noexcept;
+    static __CFString* make(std::size_t capacity, bool isMutable = false) noexcept {
+        if (capacity > maximumLength) return nullptr;
+        void* block = std::malloc(sizeof(__CFString) + capacity * sizeof(UniChar));
+        return block ? new (block) __CFString(capacity, isMutable) : nullptr;
+    }
     /// A new object with a copy of units.
     static __CFString* make(std::span<const UniChar> units, bool isMutable = false,
                             std::size_t room = 0) noexcept;
@@ -52,8 +57,12 @@ public:
     bool replace(std::size_t position, std::size_t count, std::span<const UniChar> units) noexcept;
 
 private:
+    // Far beyond any memory, and small enough that no sum or product of sizes wraps.
+    static constexpr std::size_t maximumLength = std::size_t{1} << 60;
+
+    __CFString(std::size_t capacity, bool isMutable) noexcept
+        : m_mutable(isMutable), m_capacity(capacity), m_units(getInlineUnits()) {}
     bool enlarge(std::size_t extra) noexcept;
-    __CFString(std::size_t capacity, bool isMutable) noexcept;
     __CFString(const __CFString&) = delete;
     UniChar* getInlineUnits() noexcept { return reinterpret_cast<UniChar*>(this + 1); }
 
