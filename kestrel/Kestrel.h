@@ -42,4 +42,8 @@
 #include <kestrel/serialization/KSSerializerWriteStream.h>
 #include <kestrel/serialization/KSStream.h>
 #include <kestrel/serialization/KSUUID.h>
+#include <kestrel/time/KSAudioBuffer.h>
 #include <kestrel/time/KSTime.h>
+#include <kestrel/time/KSTimeRange.h>
+#include <kestrel/time/KSTimeValue.h>
+#include <kestrel/time/KSTimer.h>
