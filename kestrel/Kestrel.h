@@ -11,6 +11,7 @@
 #include <kestrel/concurrency/KSThread.h>
 #include <kestrel/concurrency/KSThreadNS.h>
 #include <kestrel/concurrency/KSWaitable.h>
+#include <kestrel/files/KSURL.h>
 #include <kestrel/foundation/KSInfo.h>
 #include <kestrel/foundation/KSLibrary.h>
 #include <kestrel/foundation/KSPrint.h>
@@ -35,6 +36,8 @@
 #include <kestrel/net/KSUDPData.h>
 #include <kestrel/platform/CoreFoundation.h>
 #include <kestrel/serialization/KSException.h>
+#include <kestrel/serialization/KSFileReadStream.h>
+#include <kestrel/serialization/KSFileWriteStream.h>
 #include <kestrel/serialization/KSHash128.h>
 #include <kestrel/serialization/KSHashWriteStream.h>
 #include <kestrel/serialization/KSScope.h>

@@ -117,17 +117,25 @@ Encoded encodeUtf8(std::span<const UniChar> units, std::span<std::uint8_t> bytes
     return result;
 }
 
+/// True when units begin with a surrogate pair, which is one character.
+bool isPair(std::span<const UniChar> units) {
+    return units.size() > 1 && (units[0] & 0xFC00) == 0xD800 && (units[1] & 0xFC00) == 0xDC00;
+}
+
 /// The encodings of one byte a unit, whose run(units, count, bytes) says how many can be held.
 template <typename Run>
 Encoded encodeBytewise(std::span<const UniChar> units, std::uint8_t lossByte, std::span<std::uint8_t> bytes,
                        Run run) {
-    const std::size_t count = std::min(units.size(), bytes.size());
-    std::size_t done = run(units.data(), count, bytes.data());
-    while (lossByte != 0 && done < count) {
-        bytes[done++] = lossByte;
-        done += run(units.data() + done, count - done, bytes.data() + done);
+    Encoded result;
+    for (;;) {
+        const std::size_t count = std::min(units.size() - result.units, bytes.size() - result.bytes);
+        const std::size_t held = run(units.data() + result.units, count, bytes.data() + result.bytes);
+        result.units += held;
+        result.bytes += held;
+        if (lossByte == 0 || held == count) return result;
+        bytes[result.bytes++] = lossByte;
+        result.units += isPair(units.subspan(result.units)) ? 2 : 1;
     }
-    return {done, done};
 }
 
 Encoded encodeUtf16(std::span<const UniChar> units, bool swap, std::span<std::uint8_t> bytes) {

@@ -10,5 +10,8 @@
 #else
 #include <kestrel/platform/CFBase.h>
 #include <kestrel/platform/CFBundle.h>
+#include <kestrel/platform/CFData.h>
+#include <kestrel/platform/CFStream.h>
 #include <kestrel/platform/CFString.h>
+#include <kestrel/platform/CFURL.h>
 #endif

@@ -7,11 +7,24 @@
 
 namespace kestrel::detail {
 
-std::FILE* openFreshFile(const char* path) {
+namespace {
+
+int openRetrying(const char* path, int flags) {
     int descriptor;
     do {
-        descriptor = ::open(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
+        descriptor = ::open(path, flags | O_CLOEXEC, 0666);
     } while (descriptor < 0 && errno == EINTR);
+    return descriptor;
+}
+
+}  // namespace
+
+int openForReading(const char* path) { return openRetrying(path, O_RDONLY); }
+
+int openForWriting(const char* path) { return openRetrying(path, O_WRONLY | O_CREAT | O_TRUNC); }
+
+std::FILE* openFreshFile(const char* path) {
+    const int descriptor = openRetrying(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
     if (descriptor < 0) return nullptr;
     std::FILE* stream = ::fdopen(descriptor, "w");
     if (!stream) ::close(descriptor);

@@ -10,6 +10,10 @@ namespace kestrel::detail {
 /// Null on failure with errno set.
 std::FILE* openFreshFile(const char* path);
 
+/// Opens path, close-on-exec; -1 with errno on failure. Writing creates the file or truncates it.
+int openForReading(const char* path);
+int openForWriting(const char* path);
+
 /// Reads up to size bytes, retried on EINTR. The count, 0 at the end, -1 with errno on error.
 long readRetrying(int descriptor, void* bytes, std::size_t size);
 

@@ -1,4 +1,5 @@
-// kestrel/platform/detail/MemoryStatistics.h - what the kernel says of the machine's and the process's memory.
+// kestrel/platform/detail/MemoryStatistics.h - what the kernel says of the machine's and the process's
+// memory.
 #pragma once
 
 #include <cstdint>
