@@ -3,8 +3,8 @@
 #include <kestrel/platform/detail/DataObject.h>
 #include <kestrel/platform/detail/FileDescriptor.h>
 #include <kestrel/platform/detail/StringObject.h>
-#include <kestrel/platform/detail/TextEncoding.h>
 #include <kestrel/platform/detail/URLObject.h>
+#include <kestrel/platform/detail/Utf8.h>
 
 #include <unistd.h>
 
