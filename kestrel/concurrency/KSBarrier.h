@@ -5,6 +5,8 @@
 
 #include <pthread.h>
 
+#include <atomic>
+
 /// A barrier for a fixed number of threads, at least 1, that can be passed any number of times.
 ///
 /// Ownership  the destructor deliberately locks the barrier for good and destroys nothing: a barrier lives
@@ -31,5 +33,5 @@ private:
     pthread_cond_t m_condition;
     unsigned int m_parties;
     unsigned int m_remaining;
-    unsigned char m_phase = 0;  // flips each time the barrier opens
+    std::atomic<unsigned char> m_phase{0};  // flips each time the barrier opens
 };

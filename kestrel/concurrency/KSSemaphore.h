@@ -5,6 +5,8 @@
 #include <kestrel/concurrency/KSMutex.h>
 #include <kestrel/platform/Export.h>
 
+#include <atomic>
+
 /// A counting semaphore.
 ///
 /// Range      the count has 32 bits and wraps.
@@ -25,7 +27,10 @@ public:
     void signal();
 
 private:
-    unsigned int m_count;
+    bool take();
+
+    std::atomic<unsigned int> m_count;
     KSConditionVariable m_condition;
     KSMutex m_mutex;
+    std::atomic<unsigned int> m_waiters{0};  // threads that sleep, or are about to
 };

@@ -11,8 +11,8 @@
 ///            the argument alive until fn has let you know that it is done.
 /// Errors     none are reported; a thread that could not be started never calls fn.
 /// Example
-///     KSSemaphore done(0);
-///     KSThreadNS([](void* arg) { loadFonts(); static_cast<KSSemaphore*>(arg)->signal(); }, &done);
+///     static KSSemaphore done(0);  // static: signal() may still run when wait() returns
+///     KSThreadNS([](void*) { loadFonts(); done.signal(); }, nullptr);
 ///     done.wait();
 class KESTREL_API KSThreadNS {
 public:

@@ -39,10 +39,13 @@ public:
         while (!m_isOver && state() != 'S') std::this_thread::yield();
     }
 
-    /// Sends a signal whose handler does not restart calls, and returns when the handler has run.
+    /// Sends a signal whose handler does not restart calls.
+    void sendSignal() const { pthread_kill(handle(), SIGUSR1); }
+
+    /// Sends the signal and returns when the handler has run.
     void interrupt() const {
         const int before = signalCount().load();
-        pthread_kill(handle(), SIGUSR1);
+        sendSignal();
         while (!m_isOver && signalCount().load() == before) std::this_thread::yield();
     }
 

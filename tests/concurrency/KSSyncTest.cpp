@@ -43,8 +43,9 @@ TEST(KSMutex, AThreadThatIsSignalledWhileItWaitsGoesOnWaiting) {
     });
     for (int i = 0; i < 20; ++i) {
         thread.waitUntilAsleep();
-        thread.interrupt();
+        thread.sendSignal();  // the thread sanitizer keeps the handler back until the thread is in
     }
+    thread.waitUntilAsleep();
     EXPECT_FALSE(isIn);
     mutex.unlock();
     thread.join();
@@ -172,6 +173,6 @@ TEST(KSBarrier, ACancelledWaiterHasArrivedAndLeavesTheBarrierUsable) {
     }
     barrier->wait();  // the third
     second.join();
-    KSBarrier single(1);
-    for (int i = 0; i < 3; ++i) single.wait();
+    const auto single = std::make_unique<KSBarrier>(1);
+    for (int i = 0; i < 3; ++i) single->wait();
 }

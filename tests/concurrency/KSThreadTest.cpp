@@ -103,7 +103,9 @@ TEST(KSThreadNS, RunsDetachedThreadsThatNeverNeedJoining) {
     struct Job {
         KSSemaphore done{0};
         std::atomic<int> count{0};
-    } job;
+    };
+    // Never destroyed: the last signal() may still run when its wait() has returned.
+    static Job& job = *new Job;
     KSThreadNS(nullptr, &job);
     for (int i = 0; i < 1000; ++i) {
         KSThreadNS(
