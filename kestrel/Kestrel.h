@@ -12,9 +12,11 @@
 #include <kestrel/concurrency/KSThreadNS.h>
 #include <kestrel/concurrency/KSWaitable.h>
 #include <kestrel/files/KSURL.h>
+#include <kestrel/foundation/KSAlloc.h>
 #include <kestrel/foundation/KSInfo.h>
 #include <kestrel/foundation/KSLibrary.h>
 #include <kestrel/foundation/KSPrint.h>
+#include <kestrel/foundation/KSSingleton.h>
 #include <kestrel/foundation/KSString.h>
 #include <kestrel/foundation/KSUnreachable.h>
 #include <kestrel/foundation/KSUser.h>
