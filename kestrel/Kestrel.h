@@ -21,6 +21,14 @@
 #include <kestrel/foundation/KSUnreachable.h>
 #include <kestrel/foundation/KSUser.h>
 #include <kestrel/foundation/KSVersion.h>
+#include <kestrel/geometry/KSAlgorithm.h>
+#include <kestrel/geometry/KSMath.h>
+#include <kestrel/geometry/KSMatrix33.h>
+#include <kestrel/geometry/KSMatrix44.h>
+#include <kestrel/geometry/KSRect.h>
+#include <kestrel/geometry/KSVector2.h>
+#include <kestrel/geometry/KSVector3.h>
+#include <kestrel/geometry/KSVector4.h>
 #include <kestrel/imaging/KSBitDepth.h>
 #include <kestrel/imaging/KSBitmap.h>
 #include <kestrel/imaging/KSBitmapMemory.h>
