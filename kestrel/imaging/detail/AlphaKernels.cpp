@@ -1,0 +1,291 @@
+// Colours multiplied by alpha and divided by it (see AlphaKernels.h).
+#include <kestrel/imaging/detail/AlphaKernels.h>
+
+#include <kestrel/imaging/detail/PixelNumbers.h>
+
+#include <cmath>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kestrel/imaging/detail/AlphaKernels.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+#include <kestrel/imaging/detail/VectorNumbers-inl.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace kestrel::detail::HWY_NAMESPACE {
+#if HWY_TARGET == HWY_SCALAR
+using namespace reference;  // a processor without vectors runs the plain twins
+#else
+namespace hn = hwy::HWY_NAMESPACE;
+
+// ---- Premultiplication
+
+/// floor(c * a / 255) = (v + (v >> 8) + 1) >> 8 with v = c * a (Blinn, "Three Wrongs Make a Right", 1995,
+/// for the rounding down). In 16-bit lanes, v + (v >> 8) is the high half of (c << 8) * (a * 257).
+/// Alpha is multiplied by 255 instead of itself, which keeps it.
+template <bool alphaFirst>
+HWY_INLINE void PreMultiply(std::uint8_t* pixels, std::size_t count) {
+    const hn::ScalableTag<std::uint8_t> d8;
+    const hn::Repartition<std::uint16_t, decltype(d8)> d16;
+    constexpr std::uint8_t a = alphaFirst ? 0 : 3;
+    alignas(16) constexpr std::uint8_t spreadAlpha[16] = {
+        a, a, a, a, a + 4, a + 4, a + 4, a + 4, a + 8, a + 8, a + 8, a + 8, a + 12, a + 12, a + 12, a + 12};
+    // The lanes that hold alpha: the first of a pixel's two with alpha in its low byte, or the second in its
+    // high.
+    alignas(16) constexpr std::uint16_t alphaLanes[8] = {
+        alphaFirst ? 0xFFFF : 0, alphaFirst ? 0 : 0xFFFF, alphaFirst ? 0xFFFF : 0, alphaFirst ? 0 : 0xFFFF,
+        alphaFirst ? 0xFFFF : 0, alphaFirst ? 0 : 0xFFFF, alphaFirst ? 0xFFFF : 0, alphaFirst ? 0 : 0xFFFF};
+    const auto spread = hn::LoadDup128(d8, spreadAlpha);
+    const auto keep = hn::LoadDup128(d16, alphaLanes);
+    const auto high = hn::Set(d16, 0xFF00), one = hn::Set(d16, 1);
+    const std::size_t lanes = hn::Lanes(d8) / 4;
+    std::size_t x = 0;
+    for (; x + lanes <= count; x += lanes) {
+        const auto bytes = hn::LoadU(d8, pixels + 4 * x);
+        const auto pixel = hn::BitCast(d16, bytes);
+        const auto alpha = hn::BitCast(d16, hn::TableLookupBytes(bytes, spread));
+        const auto alphaOrOne = hn::Or(alpha, keep);
+        const auto even = hn::MulHigh(hn::ShiftLeft<8>(pixel), alphaFirst ? alphaOrOne : alpha);
+        const auto odd = hn::MulHigh(hn::And(pixel, high), alphaFirst ? alpha : alphaOrOne);
+        const auto result = hn::Or(hn::ShiftRight<8>(hn::Add(even, one)), hn::And(hn::Add(odd, one), high));
+        hn::StoreU(hn::BitCast(d8, result), d8, pixels + 4 * x);
+    }
+    reference::preMultiply8(pixels + 4 * x, count - x, alphaFirst);
+}
+
+void preMultiply8(std::uint8_t* pixels, std::size_t count, bool alphaFirst) {
+    if (alphaFirst)
+        PreMultiply<true>(pixels, count);
+    else
+        PreMultiply<false>(pixels, count);
+}
+
+// ---- Division by alpha, 8 bits: a 32-bit lane is a pixel.
+
+/// Where a component stands in the 32 bits of a pixel.
+template <bool alphaFirst>
+constexpr int colorShift(int color) {
+    return 8 * (color + (alphaFirst ? 1 : 0));
+}
+
+template <int shift, class DF, class VU>
+HWY_INLINE hn::Vec<DF> Component8(DF df, VU pixel) {
+    const hn::RebindToSigned<DF> di;
+    const hn::RebindToUnsigned<DF> du;
+    return Unit8(
+        df, hn::ConvertTo(df, hn::BitCast(di, hn::And(hn::ShiftRight<shift>(pixel), hn::Set(du, 0xFF)))));
+}
+
+/// Runs divide over all pixels: divide(c, m, a, inverse) gives the integer of a colour, m being its matte.
+/// Pixels of alpha 0 take the bits of transparent and keep alpha, or stay as they are without a matte.
+template <bool alphaFirst, bool hasMatte, class Divide>
+HWY_INLINE std::size_t Divide8(std::uint8_t* to, const std::uint8_t* from, std::size_t count, Matte matte,
+                               const std::uint8_t* transparent, Divide divide) {
+    const hn::ScalableTag<float> df;
+    const hn::RebindToUnsigned<decltype(df)> du;
+    const std::size_t lanes = hn::Lanes(df);
+    const auto alphaMask = hn::Set(du, alphaFirst ? 0xFFu : 0xFF000000u);
+    const auto red = hn::Set(df, matte.red), green = hn::Set(df, matte.green), blue = hn::Set(df, matte.blue);
+    const auto one = hn::Set(df, 1.0f);
+    std::uint32_t clear = 0;
+    if (transparent)
+        for (int i = 0; i < 3; ++i) clear |= std::uint32_t{transparent[i]} << colorShift<alphaFirst>(i);
+    const auto clearColor = hn::Set(du, clear);
+    std::size_t x = 0;
+    for (; x + lanes <= count; x += lanes) {
+        const auto pixel = hn::LoadU(du, reinterpret_cast<const std::uint32_t*>(from + 4 * x));
+        const auto alphaBits = hn::And(pixel, alphaMask);
+        const auto a = Component8 < alphaFirst ? 0 : 24 > (df, pixel);
+        const auto inverse = hn::Div(one, a);
+        const auto color = [&](auto c, auto m) HWY_ATTR {
+            if constexpr (hasMatte) c = hn::Sub(c, hn::Mul(m, hn::Sub(one, a)));
+            return hn::BitCast(du, divide(df, c, a, inverse));
+        };
+        const auto r = color(Component8<colorShift<alphaFirst>(0)>(df, pixel), red);
+        const auto g = color(Component8<colorShift<alphaFirst>(1)>(df, pixel), green);
+        const auto b = color(Component8<colorShift<alphaFirst>(2)>(df, pixel), blue);
+        const auto colors = hn::Or(
+            hn::ShiftLeft<colorShift<alphaFirst>(0)>(r),
+            hn::Or(hn::ShiftLeft<colorShift<alphaFirst>(1)>(g), hn::ShiftLeft<colorShift<alphaFirst>(2)>(b)));
+        const auto isClear = hn::Eq(alphaBits, hn::Zero(du));
+        const auto otherwise = transparent ? clearColor : hn::AndNot(alphaMask, pixel);
+        hn::StoreU(hn::Or(alphaBits, hn::IfThenElse(isClear, otherwise, colors)), du,
+                   reinterpret_cast<std::uint32_t*>(to + 4 * x));
+    }
+    return x;
+}
+
+void unPreMultiplyTruncated8(std::uint8_t* pixels, std::size_t count) {
+    const std::size_t done = Divide8<true, false>(
+        pixels, pixels, count, {}, nullptr, [](auto df, auto c, auto, auto inverse) HWY_ATTR {
+            return TruncatedInt(df, hn::Min(hn::Mul(c, inverse), hn::Set(df, 1.0f)));
+        });
+    reference::unPreMultiplyTruncated8(pixels + 4 * done, count - done);
+}
+
+void unPreMultiplyCopy8(std::uint8_t* to, const std::uint8_t* from, std::size_t count, Matte matte) {
+    const std::uint8_t clear[3] = {truncated(matte.red), truncated(matte.green), truncated(matte.blue)};
+    const std::size_t done =
+        Divide8<true, true>(to, from, count, matte, clear, [](auto df, auto c, auto a, auto) HWY_ATTR {
+            const auto x = hn::Div(c, a);
+            const auto positive = hn::IfThenElseZero(hn::Gt(x, hn::Zero(df)), x);  // NaN too becomes 0
+            return TruncatedInt(df, hn::Min(positive, hn::Set(df, 1.0f)));
+        });
+    reference::unPreMultiplyCopy8(to + 4 * done, from + 4 * done, count - done, matte);
+}
+
+template <bool alphaFirst>
+HWY_INLINE std::size_t Unpremultiply8(std::uint8_t* pixels, std::size_t count, Matte matte) {
+    std::uint8_t clear[3];
+    store(clear[0], matte.red);
+    store(clear[1], matte.green);
+    store(clear[2], matte.blue);
+    if (matte.red == 0 && matte.green == 0 && matte.blue == 0)
+        // Nothing to take away, and nothing is negative or near the two floats that need more care.
+        return Divide8<alphaFirst, false>(
+            pixels, pixels, count, matte, clear, [](auto df, auto c, auto, auto inverse) HWY_ATTR {
+                const auto p = hn::Mul(hn::Mul(c, inverse), hn::Set(df, 255.0f));
+                return hn::ConvertTo(hn::RebindToSigned<decltype(df)>(),
+                                     hn::Add(hn::Min(p, hn::Set(df, 255.0f)), hn::Set(df, 0.5f)));
+            });
+    return Divide8<alphaFirst, true>(
+        pixels, pixels, count, matte, clear, [](auto df, auto c, auto, auto inverse) HWY_ATTR {
+            return RoundedInt(df, hn::Mul(hn::Mul(c, inverse), hn::Set(df, 255.0f)), 255.0f);
+        });
+}
+
+void unpremultiplyRGBA8(std::uint8_t* pixels, std::size_t count, Matte matte) {
+    const std::size_t done = Unpremultiply8<false>(pixels, count, matte);
+    reference::unpremultiplyRGBA8(pixels + 4 * done, count - done, matte);
+}
+
+void unpremultiplyARGB8(std::uint8_t* pixels, std::size_t count, Matte matte) {
+    const std::size_t done = Unpremultiply8<true>(pixels, count, matte);
+    reference::unpremultiplyARGB8(pixels + 4 * done, count - done, matte);
+}
+
+// ---- Wider components: four lanes are a pixel, alpha last.
+
+alignas(16) constexpr std::uint32_t alphaLane[4] = {0, 0, 0, 0xFFFFFFFFu};
+
+/// Components whose bits pass through a float and back unchanged need no care for alpha; half NaNs and float
+/// NaNs do, as an operation quiets them. So alpha is put back as it was read.
+template <typename Component>
+HWY_INLINE std::size_t UnpremultiplyWide(Component* pixels, std::size_t count, Matte matte) {
+    const hn::ScalableTag<float> df;
+    const hn::RebindToUnsigned<decltype(df)> du;
+    const std::size_t lanes = hn::Lanes(df);
+    alignas(16) const float mattes[4] = {matte.red, matte.green, matte.blue, 0};
+    const auto m = hn::LoadDup128(df, mattes);
+    const auto one = hn::Set(df, 1.0f);
+    const auto isAlpha = hn::RebindMask(df, hn::MaskFromVec(hn::LoadDup128(du, alphaLane)));
+    std::size_t i = 0;
+    for (; i + lanes <= 4 * count; i += lanes) {
+        const auto c = LoadNumbers(df, pixels + i);
+        const auto a = hn::Broadcast<3>(c);
+        const auto color = hn::Mul(hn::Sub(c, hn::Mul(m, hn::Sub(one, a))), hn::Div(one, a));
+        const auto result = hn::IfThenElse(hn::Gt(a, hn::Zero(df)), color, m);
+        StoreNumbers(df, hn::IfThenElse(isAlpha, c, result), pixels + i);
+    }
+    return i / 4;
+}
+
+void unpremultiplyRGBA16(std::uint16_t* pixels, std::size_t count, Matte matte) {
+    const std::size_t done = UnpremultiplyWide(pixels, count, matte);
+    reference::unpremultiplyRGBA16(pixels + 4 * done, count - done, matte);
+}
+
+void unpremultiplyRGBAHalf(half* pixels, std::size_t count, Matte matte) {
+    const std::size_t done = UnpremultiplyWide(pixels, count, matte);
+    reference::unpremultiplyRGBAHalf(pixels + 4 * done, count - done, matte);
+}
+
+void unpremultiplyRGBAFloat(float* pixels, std::size_t count, Matte matte) {
+    const std::size_t done = UnpremultiplyWide(pixels, count, matte);
+    reference::unpremultiplyRGBAFloat(pixels + 4 * done, count - done, matte);
+}
+
+template <typename Component>
+HWY_INLINE std::size_t InvertAlpha(Component* pixels, std::size_t count) {
+    const hn::ScalableTag<float> df;
+    const hn::RebindToUnsigned<decltype(df)> du;
+    const std::size_t lanes = hn::Lanes(df);
+    const auto isAlpha = hn::RebindMask(df, hn::MaskFromVec(hn::LoadDup128(du, alphaLane)));
+    std::size_t i = 0;
+    for (; i + lanes <= 4 * count; i += lanes) {
+        const auto v = LoadNumbers(df, pixels + i);
+        StoreNumbers(df, hn::IfThenElse(isAlpha, hn::Sub(hn::Set(df, 1.0f), v), v), pixels + i);
+    }
+    return i / 4;
+}
+
+void invertAlphaHalf(half* pixels, std::size_t count) {
+    const std::size_t done = InvertAlpha(pixels, count);
+    reference::invertAlphaHalf(pixels + 4 * done, count - done);
+}
+
+void invertAlphaFloat(float* pixels, std::size_t count) {
+    const std::size_t done = InvertAlpha(pixels, count);
+    reference::invertAlphaFloat(pixels + 4 * done, count - done);
+}
+
+#endif
+}  // namespace kestrel::detail::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace kestrel::detail {
+
+HWY_EXPORT(preMultiply8);
+HWY_EXPORT(unPreMultiplyTruncated8);
+HWY_EXPORT(unPreMultiplyCopy8);
+HWY_EXPORT(unpremultiplyRGBA8);
+HWY_EXPORT(unpremultiplyARGB8);
+HWY_EXPORT(unpremultiplyRGBA16);
+HWY_EXPORT(unpremultiplyRGBAHalf);
+HWY_EXPORT(unpremultiplyRGBAFloat);
+HWY_EXPORT(invertAlphaHalf);
+HWY_EXPORT(invertAlphaFloat);
+
+void preMultiply8(std::uint8_t* pixels, std::size_t count, bool alphaFirst) {
+    HWY_DYNAMIC_DISPATCH(preMultiply8)(pixels, count, alphaFirst);
+}
+
+void unPreMultiplyTruncated8(std::uint8_t* pixels, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(unPreMultiplyTruncated8)(pixels, count);
+}
+
+void unPreMultiplyCopy8(std::uint8_t* to, const std::uint8_t* from, std::size_t count, Matte matte) {
+    HWY_DYNAMIC_DISPATCH(unPreMultiplyCopy8)(to, from, count, matte);
+}
+
+void unpremultiplyRGBA8(std::uint8_t* pixels, std::size_t count, Matte matte) {
+    HWY_DYNAMIC_DISPATCH(unpremultiplyRGBA8)(pixels, count, matte);
+}
+
+void unpremultiplyARGB8(std::uint8_t* pixels, std::size_t count, Matte matte) {
+    HWY_DYNAMIC_DISPATCH(unpremultiplyARGB8)(pixels, count, matte);
+}
+
+void unpremultiplyRGBA16(std::uint16_t* pixels, std::size_t count, Matte matte) {
+    HWY_DYNAMIC_DISPATCH(unpremultiplyRGBA16)(pixels, count, matte);
+}
+
+void unpremultiplyRGBAHalf(half* pixels, std::size_t count, Matte matte) {
+    HWY_DYNAMIC_DISPATCH(unpremultiplyRGBAHalf)(pixels, count, matte);
+}
+
+void unpremultiplyRGBAFloat(float* pixels, std::size_t count, Matte matte) {
+    HWY_DYNAMIC_DISPATCH(unpremultiplyRGBAFloat)(pixels, count, matte);
+}
+
+void invertAlphaHalf(half* pixels, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(invertAlphaHalf)(pixels, count);
+}
+
+void invertAlphaFloat(float* pixels, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(invertAlphaFloat)(pixels, count);
+}
+
+}  // namespace kestrel::detail
+#endif

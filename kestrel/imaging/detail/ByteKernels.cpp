@@ -1,0 +1,147 @@
+// Byte patterns (see ByteKernels.h) and the conversion between 4:2:2 and ARGB (see YUVKernels.h).
+#include <kestrel/imaging/detail/ByteKernels.h>
+#include <kestrel/imaging/detail/YUVKernels.h>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "kestrel/imaging/detail/ByteKernels.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace kestrel::detail::HWY_NAMESPACE {
+#if HWY_TARGET == HWY_SCALAR
+using namespace reference;  // a processor without vectors runs the plain twins
+#else
+namespace hn = hwy::HWY_NAMESPACE;
+
+void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const BytePattern& order) {
+    const hn::ScalableTag<std::uint8_t> d;
+    const std::size_t lanes = hn::Lanes(d);
+    const auto indices = hn::LoadDup128(d, order.data());
+    std::size_t i = 0;
+    for (; i + 2 * lanes <= bytes; i += 2 * lanes) {
+        const auto a = hn::LoadU(d, from + i), b = hn::LoadU(d, from + i + lanes);
+        hn::StoreU(hn::TableLookupBytes(a, indices), d, to + i);
+        hn::StoreU(hn::TableLookupBytes(b, indices), d, to + i + lanes);
+    }
+    reference::shuffleBytes(to + i, from + i, bytes - i, order);
+}
+
+void maskBytes(std::uint8_t* bytes, std::size_t count, const BytePattern& keep, const BytePattern& flip) {
+    const hn::ScalableTag<std::uint8_t> d;
+    const std::size_t lanes = hn::Lanes(d);
+    const auto keeps = hn::LoadDup128(d, keep.data()), flips = hn::LoadDup128(d, flip.data());
+    std::size_t i = 0;
+    for (; i + 2 * lanes <= count; i += 2 * lanes) {
+        const auto a = hn::LoadU(d, bytes + i), b = hn::LoadU(d, bytes + i + lanes);
+        hn::StoreU(hn::Xor(hn::And(a, keeps), flips), d, bytes + i);
+        hn::StoreU(hn::Xor(hn::And(b, keeps), flips), d, bytes + i + lanes);
+    }
+    reference::maskBytes(bytes + i, count - i, keep, flip);
+}
+
+// In both conversions a 16-bit lane is one pixel of 4:2:2: chroma (U in even lanes, V in odd ones) in its low
+// byte, luma in its high byte. An ARGB pixel is two lanes: A | R << 8 and G | B << 8.
+
+alignas(16) constexpr std::uint8_t evenOfPair[16] = {0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13};
+alignas(16) constexpr std::uint8_t oddOfPair[16] = {2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15};
+alignas(16) constexpr std::uint8_t otherOfPair[16] = {2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13};
+
+/// The multiples of 256 are taken out of the sums before the shift (409 = 256 + 153, 298 = 256 + 42 and so
+/// on), which leaves every sum within 16 bits.
+void convert422ToARGB(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels) {
+    const hn::ScalableTag<std::uint16_t> du;
+    const hn::RebindToSigned<decltype(du)> di;
+    const hn::Repartition<std::uint8_t, decltype(du)> d8;
+    const std::size_t lanes = hn::Lanes(du);
+    const auto even = hn::BitCast(du, hn::LoadDup128(d8, evenOfPair));
+    const auto odd = hn::BitCast(du, hn::LoadDup128(d8, oddOfPair));
+    const auto low = hn::Set(du, 0xFF);
+    const auto times = [di](auto v, int factor)
+                           HWY_ATTR { return hn::Mul(v, hn::Set(di, static_cast<std::int16_t>(factor))); };
+    const auto byte = [di, du](auto v) HWY_ATTR {
+        return hn::BitCast(du, hn::Min(hn::Max(v, hn::Zero(di)), hn::Set(di, 255)));
+    };
+    std::size_t x = 0;
+    for (; x + lanes <= pixels; x += lanes) {
+        const auto pixel = hn::LoadU(du, reinterpret_cast<const std::uint16_t*>(from + 2 * x));
+        const auto chroma = hn::And(pixel, low);
+        const auto c = hn::Sub(hn::BitCast(di, hn::ShiftRight<8>(pixel)), hn::Set(di, 16));
+        const auto d = hn::Sub(hn::BitCast(di, hn::TableLookupBytes(chroma, even)), hn::Set(di, 128));
+        const auto e = hn::Sub(hn::BitCast(di, hn::TableLookupBytes(chroma, odd)), hn::Set(di, 128));
+        const auto t = times(c, 42);
+        const auto r = hn::Add(hn::Add(c, e), hn::ShiftRight<8>(hn::Add(t, times(e, 153))));
+        const auto g =
+            hn::Add(hn::Sub(c, e), hn::ShiftRight<8>(hn::Add(hn::Sub(t, times(d, 100)), times(e, 48))));
+        const auto b = hn::Add(hn::Add(c, hn::Add(d, d)), hn::ShiftRight<8>(hn::Add(t, times(d, 4))));
+        hn::StoreInterleaved2(hn::Or(low, hn::ShiftLeft<8>(byte(r))),
+                              hn::Or(byte(g), hn::ShiftLeft<8>(byte(b))), du,
+                              reinterpret_cast<std::uint16_t*>(to + 4 * x));
+    }
+    reference::convert422ToARGB(to + 4 * x, from + 2 * x, pixels - x);
+}
+
+void convertARGBTo422(std::uint8_t* to, const std::uint8_t* from, std::size_t pairs) {
+    const hn::ScalableTag<std::uint16_t> du;
+    const hn::RebindToSigned<decltype(du)> di;
+    const hn::Repartition<std::uint8_t, decltype(du)> d8;
+    const std::size_t lanes = hn::Lanes(du);
+    const auto other = hn::BitCast(du, hn::LoadDup128(d8, otherOfPair));
+    const auto low = hn::Set(du, 0xFF);
+    alignas(16) constexpr std::int16_t reds[8] = {-38, 112, -38, 112, -38, 112, -38, 112};
+    alignas(16) constexpr std::int16_t greens[8] = {-74, -94, -74, -94, -74, -94, -74, -94};
+    alignas(16) constexpr std::int16_t blues[8] = {112, -18, 112, -18, 112, -18, 112, -18};
+    const auto red = hn::LoadDup128(di, reds), green = hn::LoadDup128(di, greens),
+               blue = hn::LoadDup128(di, blues);
+    const auto times = [du](auto v, unsigned factor)
+                           HWY_ATTR { return hn::Mul(v, hn::Set(du, static_cast<std::uint16_t>(factor))); };
+    const auto mean = [other, di](auto v) HWY_ATTR {  // of a pair, in both of its lanes
+        return hn::BitCast(di, hn::ShiftRight<1>(hn::Add(v, hn::TableLookupBytes(v, other))));
+    };
+    std::size_t x = 0;
+    for (; x + lanes <= 2 * pairs; x += lanes) {
+        hn::Vec<decltype(du)> alphaRed, greenBlue;
+        hn::LoadInterleaved2(du, reinterpret_cast<const std::uint16_t*>(from + 4 * x), alphaRed, greenBlue);
+        const auto r = hn::ShiftRight<8>(alphaRed), g = hn::And(greenBlue, low),
+                   b = hn::ShiftRight<8>(greenBlue);
+        const auto sum = hn::Add(hn::Add(times(r, 66), times(g, 129)), times(b, 25));
+        const auto luma = hn::Add(hn::ShiftRight<8>(sum), hn::Set(du, 16));
+        const auto chroma =
+            hn::Add(hn::Add(hn::Mul(mean(r), red), hn::Mul(mean(g), green)), hn::Mul(mean(b), blue));
+        const auto shifted = hn::BitCast(du, hn::Add(hn::ShiftRight<8>(chroma), hn::Set(di, 128)));
+        hn::StoreU(hn::Or(hn::And(shifted, low), hn::ShiftLeft<8>(luma)), du,
+                   reinterpret_cast<std::uint16_t*>(to + 2 * x));
+    }
+    reference::convertARGBTo422(to + 2 * x, from + 4 * x, pairs - x / 2);
+}
+
+#endif
+}  // namespace kestrel::detail::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace kestrel::detail {
+
+HWY_EXPORT(shuffleBytes);
+HWY_EXPORT(maskBytes);
+HWY_EXPORT(convert422ToARGB);
+HWY_EXPORT(convertARGBTo422);
+
+void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const BytePattern& order) {
+    HWY_DYNAMIC_DISPATCH(shuffleBytes)(to, from, bytes, order);
+}
+
+void maskBytes(std::uint8_t* bytes, std::size_t count, const BytePattern& keep, const BytePattern& flip) {
+    HWY_DYNAMIC_DISPATCH(maskBytes)(bytes, count, keep, flip);
+}
+
+void convert422ToARGB(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels) {
+    HWY_DYNAMIC_DISPATCH(convert422ToARGB)(to, from, pixels);
+}
+
+void convertARGBTo422(std::uint8_t* to, const std::uint8_t* from, std::size_t pairs) {
+    HWY_DYNAMIC_DISPATCH(convertARGBTo422)(to, from, pairs);
+}
+
+}  // namespace kestrel::detail
+#endif

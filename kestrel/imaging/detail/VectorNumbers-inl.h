@@ -1,0 +1,148 @@
+// kestrel/imaging/detail/VectorNumbers-inl.h - the arithmetic of PixelNumbers.h on vectors.
+//
+// Compiled once for each vector target. Every function gives the bits of its scalar twin.
+#if defined(KESTREL_VECTOR_NUMBERS_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef KESTREL_VECTOR_NUMBERS_INL_H
+#undef KESTREL_VECTOR_NUMBERS_INL_H
+#else
+#define KESTREL_VECTOR_NUMBERS_INL_H
+#endif
+
+#include <Imath/half.h>
+#include <hwy/highway.h>
+
+#include <cstdint>
+
+HWY_BEFORE_NAMESPACE();
+namespace kestrel::detail::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+/// v * (1 / 255) for 0 <= v <= 255, and v * (1 / 65535) for 0 <= v <= 65535, rounded once: the first product
+/// is exact, and the sum of both has the bits of the product in double, for every value.
+template <class DF, class V>
+HWY_INLINE V Unit8(DF df, V v) {
+    return hn::Add(hn::Mul(v, hn::Set(df, 0x1.01p-8f)), hn::Mul(v, hn::Set(df, 0x1.010102p-24f)));
+}
+template <class DF, class V>
+HWY_INLINE V Unit16(DF df, V v) {
+    return hn::Add(hn::Mul(v, hn::Set(df, 0x1p-16f)), hn::Mul(v, hn::Set(df, 0x1.0001p-32f)));
+}
+
+/// clamp(floor(p + 0.5 + 1e-7), 0, limit), with 0 for NaN. Adding 0.5 in float gives the same but for the
+/// two floats below 0.5 that only the 1e-7 lifts to 1.
+template <class DF, class V>
+HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> RoundedInt(DF df, V p, float limit) {
+    const auto zero = hn::Zero(df), half = hn::Set(df, 0.5f);
+    p = hn::Min(hn::IfThenElseZero(hn::Gt(p, zero), p), hn::Set(df, limit));
+    p = hn::Max(p, hn::IfThenElseZero(hn::Ge(p, hn::Set(df, 0x1.fffffap-2f)), half));
+    return hn::ConvertTo(hn::RebindToSigned<DF>(), hn::Add(p, half));
+}
+
+/// floor(x * 255.0) with the product in double, for 0 <= x <= 1: 256 x - x rounded to float, less one where
+/// it was rounded up to an integer.
+template <class DF, class V>
+HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> TruncatedInt(DF df, V x) {
+    const hn::RebindToSigned<DF> di;
+    const auto x256 = hn::Mul(x, hn::Set(df, 256.0f));
+    const auto product = hn::Sub(x256, x);
+    const auto error = hn::Sub(hn::Sub(x256, product), x);
+    const auto cut = hn::ConvertTo(di, product);
+    const auto roundedUp = hn::And(hn::Eq(hn::ConvertTo(df, cut), product), hn::Lt(error, hn::Zero(df)));
+    return hn::Add(cut, hn::VecFromMask(di, hn::RebindMask(di, roundedUp)));
+}
+
+/// The float values of 16-bit floats in the low halves of the lanes. NaNs keep their payload, signalling or
+/// not, which the conversion instructions do not do.
+template <class DF, class VU>
+HWY_INLINE hn::Vec<DF> FloatFromHalf(DF df, VU bits) {
+    const hn::RebindToUnsigned<DF> du;
+    const hn::RebindToSigned<DF> di;
+    const auto magnitude = hn::And(bits, hn::Set(du, 0x7FFF));
+    const auto sign = hn::ShiftLeft<16>(hn::Sub(bits, magnitude));
+    const auto bias = hn::Set(du, 0x38000000);                                     // (127 - 15) << 23
+    const auto isLarge = hn::Gt(hn::BitCast(di, magnitude), hn::Set(di, 0x7BFF));  // infinity or NaN
+    const auto isSmall = hn::Lt(hn::BitCast(di, magnitude), hn::Set(di, 0x0400));  // zero or subnormal
+    const auto normal = hn::Add(hn::ShiftLeft<13>(magnitude), bias);
+    const auto large = hn::Add(normal, hn::And(hn::BitCast(du, hn::VecFromMask(di, isLarge)), bias));
+    const auto small = hn::Mul(hn::ConvertTo(df, hn::BitCast(di, magnitude)), hn::Set(df, 0x1p-24f));
+    const auto value = hn::IfThenElse(hn::RebindMask(df, isSmall), small, hn::BitCast(df, large));
+    return hn::BitCast(df, hn::Or(hn::BitCast(du, value), sign));
+}
+
+/// The nearest 16-bit floats, ties to even, in the low halves of the lanes.
+template <class DF, class V>
+HWY_INLINE hn::Vec<hn::RebindToUnsigned<DF>> HalfFromFloat(DF df, V value) {
+    const hn::RebindToUnsigned<DF> du;
+    const hn::RebindToSigned<DF> di;
+    const auto bits = hn::BitCast(du, value);
+    const auto magnitude = hn::And(bits, hn::Set(du, 0x7FFFFFFF));
+    const auto sign = hn::ShiftRight<16>(hn::Sub(bits, magnitude));
+    const auto signedMagnitude = hn::BitCast(di, magnitude);
+
+    const auto odd = hn::And(hn::ShiftRight<13>(magnitude), hn::Set(du, 1));
+    const auto bias = hn::Set(du, 0xC8000FFFu);  // 0xFFF - 0x38000000
+    auto result = hn::ShiftRight<13>(hn::Add(hn::Add(magnitude, bias), odd));
+    // Below the normal range the sum with 0.5 has its last place where the result has it.
+    const auto sum = hn::Add(hn::BitCast(df, magnitude), hn::Set(df, 0.5f));
+    const auto subnormal = hn::Sub(hn::BitCast(du, sum), hn::Set(du, 0x3F000000));
+    const auto isSmall = hn::RebindMask(du, hn::Lt(signedMagnitude, hn::Set(di, 0x38800000)));
+    result = hn::IfThenElse(isSmall, subnormal, result);
+    const auto overflows = hn::RebindMask(du, hn::Gt(signedMagnitude, hn::Set(di, 0x477FEFFF)));
+    result = hn::IfThenElse(overflows, hn::Set(du, 0x7C00), result);
+    // NaN keeps the upper bits of its payload, and one bit at least.
+    const auto payload = hn::And(hn::ShiftRight<13>(magnitude), hn::Set(du, 0x3FF));
+    const auto nan =
+        hn::Or(hn::Set(du, 0x7C00), hn::IfThenElse(hn::Eq(payload, hn::Zero(du)), hn::Set(du, 1), payload));
+    const auto isNaN = hn::RebindMask(du, hn::Gt(signedMagnitude, hn::Set(di, 0x7F800000)));
+    return hn::Or(hn::IfThenElse(isNaN, nan, result), sign);
+}
+
+/// Rows of components as vectors of floats, by component type: Load gives the number of each, Store rounds.
+template <class DF>
+HWY_INLINE hn::Vec<DF> LoadNumbers(DF df, const std::uint8_t* from) {
+    const auto v = hn::PromoteTo(hn::RebindToSigned<DF>(), hn::LoadU(hn::Rebind<std::uint8_t, DF>(), from));
+    return Unit8(df, hn::ConvertTo(df, v));
+}
+template <class DF>
+HWY_INLINE hn::Vec<DF> LoadNumbers(DF df, const std::uint16_t* from) {
+    const auto v = hn::PromoteTo(hn::RebindToSigned<DF>(), hn::LoadU(hn::Rebind<std::uint16_t, DF>(), from));
+    return Unit16(df, hn::ConvertTo(df, v));
+}
+template <class DF>
+HWY_INLINE hn::Vec<DF> LoadNumbers(DF df, const half* from) {
+    const hn::Rebind<std::uint16_t, DF> d16;
+    const auto bits = hn::LoadU(d16, reinterpret_cast<const std::uint16_t*>(from));
+    return FloatFromHalf(df, hn::PromoteTo(hn::RebindToUnsigned<DF>(), bits));
+}
+template <class DF>
+HWY_INLINE hn::Vec<DF> LoadNumbers(DF df, const float* from) {
+    return hn::LoadU(df, from);
+}
+
+template <class DF, class V>
+HWY_INLINE void StoreNumbers(DF df, V v, std::uint8_t* to) {
+    const auto rounded = RoundedInt(df, hn::Mul(v, hn::Set(df, 255.0f)), 255.0f);
+    const hn::Rebind<std::uint8_t, DF> d8;
+    hn::StoreU(hn::DemoteTo(d8, rounded), d8, to);
+}
+template <class DF, class V>
+HWY_INLINE void StoreNumbers(DF df, V v, std::uint16_t* to) {
+    const auto rounded = RoundedInt(df, hn::Mul(v, hn::Set(df, 65535.0f)), 65535.0f);
+    const hn::Rebind<std::uint16_t, DF> d16;
+    hn::StoreU(hn::DemoteTo(d16, rounded), d16, to);
+}
+template <class DF, class V>
+HWY_INLINE void StoreNumbers(DF df, V v, half* to) {
+    const hn::Rebind<std::uint16_t, DF> d16;
+    const auto bits = hn::BitCast(hn::RebindToSigned<DF>(), HalfFromFloat(df, v));
+    hn::StoreU(hn::DemoteTo(d16, bits), d16, reinterpret_cast<std::uint16_t*>(to));
+}
+template <class DF, class V>
+HWY_INLINE void StoreNumbers(DF df, V v, float* to) {
+    hn::StoreU(v, df, to);
+}
+
+}  // namespace kestrel::detail::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif
