@@ -117,7 +117,6 @@ KESTREL_API void* allocateZeroed(const char* file, int line, unsigned long count
 
 template <class T>
 void deleteObject(T* object) {
-    static_assert(sizeof(T) > 0, "ksDelete needs the whole type");
     if (!object) return;
     const volatile void* block = object;
     // A base class may stand inside the block.
@@ -137,7 +136,7 @@ struct ArrayElement {
 template <class T>
 void deleteArray(T* first) {
     using Element = ArrayElement<std::remove_cv_t<T>>;
-    static_assert(sizeof(Element) == sizeof(T) && alignof(Element) == alignof(T));
+    static_assert(sizeof(Element) == sizeof(T));
     delete[] reinterpret_cast<Element*>(const_cast<std::remove_cv_t<T>*>(first));
 }
 

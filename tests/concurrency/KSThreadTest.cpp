@@ -2,14 +2,15 @@
 
 #include "Helpers.h"
 
-#include <kestrel/concurrency/KSMutex.h>
 #include <kestrel/concurrency/KSSemaphore.h>
 #include <kestrel/concurrency/KSThreadNS.h>
+#include <kestrel/foundation/KSString.h>
+#include <kestrel/platform/CFBase.h>
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <mutex>
+#include <thread>
 
 namespace {
 
@@ -119,4 +120,21 @@ TEST(KSThreadNS, RunsDetachedThreadsThatNeverNeedJoining) {
             for (int j = 0; j < 10; ++j) job.done.wait();
     }
     EXPECT_EQ(job.count, 1000);
+}
+
+TEST(KSThreadNS, ReleasesAtItsEndWhatItsFunctionsHandedOutForAWhile) {
+    static const KSString text("a title");
+    static KSSemaphore& done = *new KSSemaphore(0);
+    static CFIndex before, during;
+    before = CFGetRetainCount(text.cf_str());
+    KSThreadNS(
+        [](void*) {
+            text.ns_str();
+            during = CFGetRetainCount(text.cf_str());
+            done.signal();
+        },
+        nullptr);
+    done.wait();
+    EXPECT_EQ(during, before + 1);
+    while (CFGetRetainCount(text.cf_str()) != before) std::this_thread::yield();
 }

@@ -19,8 +19,10 @@ struct MallocAllocator {
     MallocAllocator(const MallocAllocator<Other>&) {}
 
     T* allocate(std::size_t count) {
-        void* memory = std::malloc(count * sizeof(T));
-        if (!memory) stopForMemory(count * sizeof(T));
+        const std::size_t bytes =
+            count * sizeof(T);  // NOLINT(bugprone-sizeof-expression): T may be a pointer
+        void* memory = std::malloc(bytes);
+        if (!memory) stopForMemory(bytes);
         return static_cast<T*>(memory);
     }
     void deallocate(T* memory, std::size_t) { std::free(memory); }
