@@ -6,7 +6,7 @@ namespace {
 
 constexpr double epsilon = 3e-7;
 constexpr double tiny = 1e-30;
-constexpr double gammalnOfHalf = 0.5723649429247001;  // KSMath::gammaln(0.5)
+constexpr double gammalnOfHalf = 0.57236494292474305;  // KSMath::gammaln(0.5)
 
 /// e^-z * sqrt(z) / gamma(1/2), the factor that both expansions share.
 double factor(double z) { return std::exp(-z + 0.5 * std::log(z) - gammalnOfHalf); }

@@ -182,7 +182,8 @@ public:
     /// Position, angles, scales and two shears. False, and nothing is written, if m33 is exactly 0 or the
     /// matrix without its perspective part is exactly singular. Null pointers are skipped. A left-handed
     /// basis gives negative scales. Deliberate: this reads the position from the fourth row and takes the
-    /// fourth column for the perspective part, so pass the transpose of what setTransformation makes.
+    /// fourth column for the perspective part, so pass the transpose of what setTransformation makes to get
+    /// position, scales and shears; the three angles are those of the matrix itself, untransposed.
     bool getTransformation(double* tx, double* ty, double* tz, double* rx, double* ry, double* rz, double* sx,
                            double* sy, double* sz, double* shearXZ, double* shearYZ) const;
 
