@@ -7,6 +7,10 @@
 
 #include <cstddef>
 
+namespace kestrel::detail {
+class StringAccess;
+}
+
 /// The one string type: a thin owner of one platform text object, or of none.
 ///
 /// Text       UTF-16. Every const char* in and out is Mac OS Roman; only createUTF8Str speaks UTF-8. A
@@ -110,6 +114,7 @@ public:
                                             unsigned long otherPosition) const;
 
 private:
+    friend class kestrel::detail::StringAccess;
     void keep(CFStringRef string) noexcept;
     __CFString* edit(std::size_t extra);
 
