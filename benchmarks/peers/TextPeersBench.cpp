@@ -10,17 +10,14 @@
 
 #include "../foundation/TextWorkloads.h"
 
-#if defined(KESTREL_PEER_ICU__I18N)
-#include <unicode/coll.h>
+#if defined(KESTREL_PEER_ICU)
 #include <unicode/ucnv.h>
 #include <unicode/unistr.h>
 #endif
-#if defined(KESTREL_PEER_QT6__CORE)
+#if defined(KESTREL_PEER_QT)
 #include <QString>
-#include <QStringDecoder>
-#include <QStringEncoder>
 #endif
-#if defined(KESTREL_PEER_PKGCONFIG__GLIB)
+#if defined(KESTREL_PEER_GLIB)
 #include <glib.h>
 #endif
 
@@ -56,7 +53,7 @@ struct Kestrel {
     }
 };
 
-#if defined(KESTREL_PEER_ICU__I18N)
+#if defined(KESTREL_PEER_ICU)
 struct Icu {
     using String = icu::UnicodeString;
     static String make(const std::u16string& units) {
@@ -93,7 +90,7 @@ struct Icu {
 };
 #endif
 
-#if defined(KESTREL_PEER_QT6__CORE)
+#if defined(KESTREL_PEER_QT)
 struct Qt {
     using String = QString;
     static String make(const std::u16string& units) { return QString::fromStdU16String(units); }
@@ -108,7 +105,7 @@ struct Qt {
 };
 #endif
 
-#if defined(KESTREL_PEER_PKGCONFIG__GLIB)
+#if defined(KESTREL_PEER_GLIB)
 struct GLib {
     static bool ascii(const char* text) {
         gunichar2* units = g_utf8_to_utf16(text, -1, nullptr, nullptr, nullptr);
@@ -191,16 +188,16 @@ void mixedToUtf8(benchmark::State& state) {
 BENCHMARK(ascii64ThereAndBack<Kestrel>);
 BENCHMARK(macRoman64ThereAndBack<Kestrel>);
 PEER(Kestrel);
-#if defined(KESTREL_PEER_ICU__I18N)
+#if defined(KESTREL_PEER_ICU)
 BENCHMARK(ascii64ThereAndBack<Icu>);
 BENCHMARK(macRoman64ThereAndBack<Icu>);
 PEER(Icu);
 #endif
-#if defined(KESTREL_PEER_QT6__CORE)
+#if defined(KESTREL_PEER_QT)
 BENCHMARK(ascii64ThereAndBack<Qt>);
 PEER(Qt);
 #endif
-#if defined(KESTREL_PEER_PKGCONFIG__GLIB)
+#if defined(KESTREL_PEER_GLIB)
 BENCHMARK(ascii64ThereAndBack<GLib>);
 #endif
 

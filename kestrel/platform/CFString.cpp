@@ -68,10 +68,13 @@ std::string __CFString::describe() const { return kestrel::detail::utf8Of(getUni
 CFStringRef __CFStringMakeConstantString(const char* text) {
     static std::mutex mutex;
     static auto& strings = *new std::map<std::string, CFStringRef>;  // lives until the process ends
+    const std::string key = text ? text : "";
     const std::lock_guard lock(mutex);
-    CFStringRef& string = strings[text ? text : ""];
-    if (!string)
-        string = CFStringCreateWithCString(kCFAllocatorDefault, text ? text : "", kCFStringEncodingMacRoman);
+    CFStringRef& string = strings[key];
+    if (!string) {
+        string = CFStringCreateWithCString(kCFAllocatorDefault, key.c_str(), kCFStringEncodingMacRoman);
+        CFRetain(string);  // a second holder: nobody ever has it alone and edits it
+    }
     return string;
 }
 

@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <clocale>
+#include <cstdint>
 #include <cstring>
+#include <limits>
 #include <string>
 
 namespace kestrel::detail {
@@ -16,6 +18,12 @@ namespace kestrel::detail {
 namespace {
 
 int sign(bool isLess, bool isGreater) { return static_cast<int>(isGreater) - static_cast<int>(isLess); }
+
+/// ICU counts in 32 bits; two texts that differ only beyond two thousand million units are equal to it.
+std::int32_t sizeForIcu(std::span<const UniChar> text) {
+    return static_cast<std::int32_t>(
+        std::min<std::size_t>(text.size(), std::numeric_limits<std::int32_t>::max()));
+}
 
 /// The units of a text after case folding, one after the other.
 class FoldedUnits {
@@ -110,15 +118,19 @@ int compareUnits(std::span<const UniChar> left, std::span<const UniChar> right, 
     }
 }
 
-int compareLocalized(std::span<const UniChar> left, std::span<const UniChar> right, Case letters) noexcept {
-    const char* locale = std::setlocale(LC_COLLATE, nullptr);
-    if (!locale || isCLocale(locale)) return compareUnits(left, right, letters);
+int compareIn(const char* locale, std::span<const UniChar> left, std::span<const UniChar> right,
+              Case letters) noexcept {
+    if (isCLocale(locale)) return compareUnits(left, right, letters);
     static thread_local Collators collators;
     const UCollator* collator = collators.get(locale, letters);
     if (!collator) return compareUnits(left, right, letters);
-    return ucol_strcoll(collator, reinterpret_cast<const UChar*>(left.data()),
-                        static_cast<std::int32_t>(left.size()), reinterpret_cast<const UChar*>(right.data()),
-                        static_cast<std::int32_t>(right.size()));
+    return ucol_strcoll(collator, reinterpret_cast<const UChar*>(left.data()), sizeForIcu(left),
+                        reinterpret_cast<const UChar*>(right.data()), sizeForIcu(right));
+}
+
+int compareLocalized(std::span<const UniChar> left, std::span<const UniChar> right, Case letters) noexcept {
+    const char* locale = std::setlocale(LC_COLLATE, nullptr);
+    return compareIn(locale ? locale : "C", left, right, letters);
 }
 
 }  // namespace kestrel::detail

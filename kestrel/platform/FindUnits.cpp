@@ -1,9 +1,12 @@
 // Finding by vectors: every position where both the first and the last unit fit is a candidate, and only
-// candidates are compared in full.
+// candidates are compared in full. A text made of near misses is handed to an algorithm that looks at every
+// unit once: Knuth, Morris and Pratt, "Fast Pattern Matching in Strings", 1977.
 #include <kestrel/platform/detail/FindUnits.h>
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
+#include <new>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kestrel/platform/FindUnits.cpp"
@@ -24,6 +27,8 @@ std::size_t find(const UniChar* text, std::size_t length, const UniChar* what, s
         return hn::And(hn::Eq(hn::LoadU(d, text + i), first),
                        hn::Eq(hn::LoadU(d, text + i + size - 1), last));
     };
+    const std::size_t patience = 4 * length + 1024;
+    std::size_t compared = 0;
     std::size_t at = 0;
     while (at + lanes <= positions) {
         const auto mask = candidates(at);
@@ -35,8 +40,10 @@ std::size_t find(const UniChar* text, std::size_t length, const UniChar* what, s
         at += static_cast<std::size_t>(lane);
         if (std::memcmp(text + at, what, size * sizeof(UniChar)) == 0) return at;
         ++at;
+        if ((compared += size) > patience) break;
     }
-    const std::size_t rest = findUnitsReference({text + at, length - at}, {what, size});
+    const auto search = compared > patience ? findUnitsLinear : findUnitsReference;
+    const std::size_t rest = search({text + at, length - at}, {what, size});
     return rest == notFound ? notFound : at + rest;
 }
 
@@ -57,6 +64,24 @@ std::size_t findUnitsReference(std::span<const UniChar> text, std::span<const Un
     if (what.empty()) return notFound;
     const auto found = std::search(text.begin(), text.end(), what.begin(), what.end());
     return found == text.end() ? notFound : static_cast<std::size_t>(found - text.begin());
+}
+
+std::size_t findUnitsLinear(std::span<const UniChar> text, std::span<const UniChar> what) noexcept {
+    // After `matched` units fitted and the next did not, the longest start of `what` that ends there as well.
+    const std::unique_ptr<std::size_t[]> shorter(new (std::nothrow) std::size_t[what.size() + 1]);
+    if (what.empty()) return notFound;
+    if (!shorter) return findUnitsReference(text, what);
+    shorter[0] = shorter[1] = 0;
+    for (std::size_t i = 1, matched = 0; i < what.size(); ++i) {
+        while (matched > 0 && what[i] != what[matched]) matched = shorter[matched];
+        shorter[i + 1] = matched += what[i] == what[matched];
+    }
+    for (std::size_t i = 0, matched = 0; i < text.size(); ++i) {
+        while (matched > 0 && text[i] != what[matched]) matched = shorter[matched];
+        matched += text[i] == what[matched];
+        if (matched == what.size()) return i + 1 - matched;
+    }
+    return notFound;
 }
 
 }  // namespace kestrel::detail

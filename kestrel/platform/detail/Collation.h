@@ -11,8 +11,11 @@ enum class Case { Matters, Ignored };
 
 /// Orders by code unit, or by the code units of the case-folded characters: -1, 0 or 1.
 int compareUnits(std::span<const UniChar> left, std::span<const UniChar> right, Case letters) noexcept;
-/// Orders by the collation of the process locale; in the C locale as compareUnits does. Each thread keeps
-/// the collator of the locale that it met last.
+/// Orders by the collation of a locale, named as setlocale names it; in the C locale as compareUnits does.
+/// Each thread keeps the collators of the locale that it met last.
+int compareIn(const char* locale, std::span<const UniChar> left, std::span<const UniChar> right,
+              Case letters) noexcept;
+/// The same for the process's LC_COLLATE.
 int compareLocalized(std::span<const UniChar> left, std::span<const UniChar> right, Case letters) noexcept;
 
 }  // namespace kestrel::detail
