@@ -11,5 +11,6 @@ struct Exit {
 };
 
 void addInfo(CLI::App& app);
+void addTransform(CLI::App& app);
 
 }  // namespace kestrel::tools

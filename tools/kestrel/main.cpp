@@ -9,6 +9,7 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "kestrel " KESTREL_VERSION_STRING);
     app.require_subcommand(1);
     addInfo(app);
+    addTransform(app);
 
     try {
         app.parse(argc, argv);
