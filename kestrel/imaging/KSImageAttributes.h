@@ -2,7 +2,6 @@
 #pragma once
 
 #include <kestrel/platform/Export.h>
-#include <kestrel/serialization/KSHash128.h>
 
 #include <cstdint>
 
@@ -30,6 +29,4 @@ struct KESTREL_API KSImageAttributes {
     std::uint32_t reserved2 = 0;           ///< copied only
 
     bool operator==(const KSImageAttributes& other) const;
-    /// A digest of kind, width, height, bitsPerChannel, channels, flagB, textureTarget and extra.
-    KSHash128 getCacheHashKey() const;
 };
