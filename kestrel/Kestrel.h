@@ -57,7 +57,10 @@
 #include <kestrel/serialization/KSUUID.h>
 #include <kestrel/serialization/KSXMLWriteStream.h>
 #include <kestrel/time/KSAudioBuffer.h>
+#include <kestrel/time/KSDate.h>
 #include <kestrel/time/KSTime.h>
 #include <kestrel/time/KSTimeRange.h>
 #include <kestrel/time/KSTimeValue.h>
+#include <kestrel/time/KSTimecode.h>
+#include <kestrel/time/KSTimecodeMode.h>
 #include <kestrel/time/KSTimer.h>

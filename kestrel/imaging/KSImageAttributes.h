@@ -2,6 +2,7 @@
 #pragma once
 
 #include <kestrel/platform/Export.h>
+#include <kestrel/serialization/KSHash128.h>
 
 #include <cstdint>
 
@@ -29,4 +30,6 @@ struct KESTREL_API KSImageAttributes {
     std::uint32_t reserved2 = 0;           ///< copied only
 
     bool operator==(const KSImageAttributes& other) const;
+    /// A digest of kind, width, height, bitsPerChannel, channels, flagB, textureTarget and extra.
+    KSHash128 getCacheHashKey() const;
 };

@@ -1,0 +1,67 @@
+// kestrel transform, as a user runs it.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <string>
+
+namespace {
+
+struct CommandRow {
+    const char* name;
+    const char* input;      // what standard input holds
+    const char* arguments;  // in the shell's syntax
+    int status;
+    const char* output;  // of both streams
+};
+
+constexpr CommandRow rows[] = {
+    {"PrintsMatrixInverseAndParts", "", "--position 3,4 --scale 2,4", 0,
+     "matrix        2 0 3\n              0 4 4\n              0 0 1\ndeterminant   8\n"
+     "inverse       0.5 0 -1.5\n              0 0.25 -1\n              0 0 1\n"
+     "position      3 4\nrotation      0\nscale         2 4\nshear         0\n"},
+    {"SingularHasNoInverse", "", "--scale 0,1", 0,
+     "matrix        0 0 0\n              0 1 0\n              0 0 1\ndeterminant   0\n"
+     "inverse       none: the matrix is singular\n"
+     "position      0 0\nrotation      0\nscale         0 1\nshear         0\n"},
+    {"SpaceReadsThePositionFromTheTranspose", "", "--3d --position 1,2,3 --scale 2", 0,
+     "matrix        2 0 0 1\n              0 2 0 2\n              0 0 2 3\n              0 0 0 1\n"
+     "determinant   8\n"
+     "inverse       0.5 0 0 -0.5\n              0 0.5 0 -1\n              0 0 0.5 -1.5\n"
+     "              0 0 0 1\n"
+     "position      1 2 3\nrotation      0 0 0\nscale         2 2 2\nshear xz yz   0 0\n"},
+    {"MapsPoints", "1 2\n\n-3.5,+4\n", "--position -10,5 --scale 2 --map", 0, "-8 9\n-17 13\n"},
+    {"MapsPointsOfSpaceBack", "8 10 12", "--3d --scale 2,2,4 --inverse --map", 0, "4 5 3\n"},
+    {"PivotLandsOnThePosition", "50 60", "--pivot 50,60 --position 7,8 --rotate 33 --shear 10,0 --map", 0,
+     "7 8\n"},
+    {"RoundsToPixels", "2.5 -2.5", "--map --pixels", 0, "3 -2\n"},
+    {"DividesByTheWeight", "4 6", "--matrix '1 0 0 0 1 0 0 0 2' --perspective --map", 0, "2 3\n"},
+    {"NamesTheBadLine", "1 2\n3 x\n", "--map", 2,
+     "1 2\nkestrel transform: standard input:2: expected 2 numbers, found \"3 x\"\n"},
+    {"WantsTheRightNumberOfCoordinates", "1 2 3\n", "--map", 2,
+     "kestrel transform: standard input:1: expected 2 numbers, found \"1 2 3\"\n"},
+    {"WantsNumbers", "", "--scale big", 2, "kestrel transform: --scale: \"big\" is not a list of numbers\n"},
+    {"WantsWholeMatrices", "", "--matrix 1,2,3", 2,
+     "kestrel transform: --matrix: expected 9 numbers, found 3 in \"1,2,3\"\n"},
+    {"RefusesToInvertASingularMatrix", "", "--scale 0 --inverse", 2,
+     "kestrel transform: the matrix is singular: it has no inverse\n"},
+};
+
+class TransformCommand : public testing::TestWithParam<CommandRow> {};
+
+TEST_P(TransformCommand, Answers) {
+    const CommandRow& row = GetParam();
+    const std::string command = std::string("printf '%s' '") + row.input +
+                                "' | '" KESTREL_BIN_DIR "/kestrel' transform " + row.arguments + " 2>&1";
+    FILE* pipe = popen(command.c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    std::string output;
+    for (int c; (c = std::fgetc(pipe)) != EOF;) output += static_cast<char>(c);
+    const int status = pclose(pipe);
+    EXPECT_EQ(output, row.output);
+    EXPECT_EQ(WEXITSTATUS(status), row.status);
+}
+INSTANTIATE_TEST_SUITE_P(Cases, TransformCommand, testing::ValuesIn(rows),
+                         [](const auto& row) { return row.param.name; });
+
+}  // namespace
