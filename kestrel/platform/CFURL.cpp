@@ -184,9 +184,7 @@ CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef, const UInt8* pa
     const std::string_view bytes(reinterpret_cast<const char*>(path), static_cast<std::size_t>(length));
     std::string text = escapePath(bytes);
     if (bytes[0] != '/') {  // a colon in the first segment would read as a scheme
-        const std::size_t firstSegment = std::min(text.find('/'), text.size());
-        for (std::size_t colon = 0; (colon = text.find(':', colon)) < firstSegment;)
-            text.replace(colon, 1, "%3A");
+        for (std::size_t colon; (colon = text.find(':')) < text.find('/');) text.replace(colon, 1, "%3A");
     }
     if (isDirectory && text.back() != '/') text += '/';
     return createURL(bytes[0] == '/' ? "file://" + text : text);
