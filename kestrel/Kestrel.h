@@ -11,6 +11,7 @@
 #include <kestrel/concurrency/KSThread.h>
 #include <kestrel/concurrency/KSThreadNS.h>
 #include <kestrel/concurrency/KSWaitable.h>
+#include <kestrel/files/KSAsciiStream.h>
 #include <kestrel/files/KSURL.h>
 #include <kestrel/foundation/KSAlloc.h>
 #include <kestrel/foundation/KSInfo.h>
