@@ -4,13 +4,16 @@
 
 #include <benchmark/benchmark.h>
 
+#include <clocale>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include "../foundation/TextWorkloads.h"
 
 #if defined(KESTREL_PEER_ICU)
+#include <unicode/coll.h>
 #include <unicode/ucnv.h>
 #include <unicode/unistr.h>
 #endif
@@ -44,6 +47,7 @@ struct Kestrel {
     static void append(String& to, const String& piece) { to.append(piece); }
     static std::size_t length(const String& text) { return text.size(); }
     static long find(const String& text, const String& what) { return text.find(what); }
+    static int compare(const String& left, const String& right) { return left.compare(right); }
     static std::size_t utf8Size(const String& text) {
         char* utf8 = text.createUTF8Str();
         benchmark::DoNotOptimize(utf8);
@@ -82,6 +86,11 @@ struct Icu {
     static void append(String& to, const String& piece) { to.append(piece); }
     static std::size_t length(const String& text) { return static_cast<std::size_t>(text.length()); }
     static long find(const String& text, const String& what) { return text.indexOf(what); }
+    static int compare(const String& left, const String& right) {
+        UErrorCode status = U_ZERO_ERROR;
+        static const std::unique_ptr<icu::Collator> collator(icu::Collator::createInstance("de_DE", status));
+        return collator->compare(left, right, status);
+    }
     static std::size_t utf8Size(const String& text) {
         std::string utf8;
         text.toUTF8String(utf8);
@@ -178,6 +187,15 @@ void mixedToUtf8(benchmark::State& state) {
     toUtf8<Library>(state, workloads::mixed(), workloads::mixedUtf8().size());
 }
 
+template <typename Library>
+void compareInGerman(benchmark::State& state) {
+    if (!std::setlocale(LC_COLLATE, "de_DE.UTF-8")) return state.SkipWithError("no locale de_DE.UTF-8");
+    const auto left = Library::make(u"layer name 0017"), right = Library::make(u"layer name 0018");
+    for (auto _ : state)
+        if (Library::compare(left, right) >= 0) state.SkipWithError("wrong order");
+    std::setlocale(LC_COLLATE, "C");
+}
+
 #define PEER(library)                \
     BENCHMARK(append16<library>);    \
     BENCHMARK(copy<library>);        \
@@ -187,10 +205,12 @@ void mixedToUtf8(benchmark::State& state) {
 
 BENCHMARK(ascii64ThereAndBack<Kestrel>);
 BENCHMARK(macRoman64ThereAndBack<Kestrel>);
+BENCHMARK(compareInGerman<Kestrel>);
 PEER(Kestrel);
 #if defined(KESTREL_PEER_ICU)
 BENCHMARK(ascii64ThereAndBack<Icu>);
 BENCHMARK(macRoman64ThereAndBack<Icu>);
+BENCHMARK(compareInGerman<Icu>);
 PEER(Icu);
 #endif
 #if defined(KESTREL_PEER_QT)

@@ -2,6 +2,7 @@
 
 #include <kestrel/foundation/KSUnreachable.h>
 #include <kestrel/platform/detail/AutoreleasePool.h>
+#include <kestrel/platform/detail/Collation.h>
 #include <kestrel/platform/detail/MacRoman.h>
 #include <kestrel/platform/detail/StringObject.h>
 #include <kestrel/platform/detail/Utf8.h>
@@ -15,6 +16,7 @@
 #include <limits>
 #include <utility>
 
+using kestrel::detail::Case;
 using kestrel::detail::ClampedRange;
 using kestrel::detail::unitsOf;
 
@@ -70,8 +72,14 @@ CFBundleRef bundleNamed(const char* bundleId) {
     return CFBundleGetBundleWithIdentifier(Temporary(fromMacRoman(bundleId)).string);
 }
 
-int compareByNull(CFStringRef left, CFStringRef right) {
-    return static_cast<int>(left != nullptr) - static_cast<int>(right != nullptr);
+/// The order of two strings, or of a part of the left one. Null comes first; all else is the locale's
+/// business.
+int order(CFStringRef left, CFStringRef right, Case letters, unsigned long position = 0,
+          std::size_t count = std::numeric_limits<std::size_t>::max()) {
+    if (!left || !right) return static_cast<int>(left != nullptr) - static_cast<int>(right != nullptr);
+    const ClampedRange part(position, count, left->getLength());
+    return kestrel::detail::compareLocalized(left->getUnits().subspan(part.position, part.count),
+                                             right->getUnits(), letters);
 }
 
 CFRange rangeOf(unsigned long position, unsigned int count) {
@@ -242,28 +250,19 @@ void KSString::debugShow() const { CFShow(m_string); }
 
 // ----- comparison and search
 
-int KSString::compare(const KSString& other) const {
-    if (!m_string || !other.m_string) return compareByNull(m_string, other.m_string);
-    return static_cast<int>(CFStringCompare(m_string, other.m_string, kCFCompareLocalized));
-}
+int KSString::compare(const KSString& other) const { return order(m_string, other.m_string, Case::Matters); }
 
 int KSString::caseInsensitiveCompare(const KSString& other) const {
-    if (!m_string || !other.m_string) return compareByNull(m_string, other.m_string);
-    return static_cast<int>(
-        CFStringCompare(m_string, other.m_string, kCFCompareLocalized | kCFCompareCaseInsensitive));
+    return order(m_string, other.m_string, Case::Ignored);
 }
 
 int KSString::compare(unsigned long position, unsigned int count, const KSString& other) const {
-    if (!m_string || !other.m_string) return compareByNull(m_string, other.m_string);
-    return static_cast<int>(
-        CFStringCompareWithOptions(m_string, other.m_string, rangeOf(position, count), kCFCompareLocalized));
+    return order(m_string, other.m_string, Case::Matters, position, count);
 }
 
 int KSString::caseInsensitiveCompare(unsigned long position, unsigned int count,
                                      const KSString& other) const {
-    if (!m_string || !other.m_string) return compareByNull(m_string, other.m_string);
-    return static_cast<int>(CFStringCompareWithOptions(m_string, other.m_string, rangeOf(position, count),
-                                                       kCFCompareLocalized | kCFCompareCaseInsensitive));
+    return order(m_string, other.m_string, Case::Ignored, position, count);
 }
 
 long KSString::find(const KSString& other) const {

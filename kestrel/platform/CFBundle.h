@@ -6,9 +6,10 @@
 // first, then the locale without its country, then "Base": fr_CA, fr, Base. The user's locale is the
 // process's LC_MESSAGES; while that is the C locale, the environment (LC_ALL, LC_MESSAGES, LANG) names it.
 //
-// The folders are, in this order: those that the application registered, the last one first; the installed
-// resource folder; the resources of the source tree that the library was built from. The library's own
-// tables are compiled in as well, so that a moved or statically linked library still finds them.
+// The folders are, in this order: those that the application registered, the last one first; share/kestrel
+// beside the folder of the library itself, where an installation has its resources, also after a move, and
+// the build tree a copy of them; the resource folder that this build was configured to be installed in. The
+// library's own tables are compiled in as well, so that it finds them without any folder.
 //
 // Ownership  bundles live as long as the process: do not release what a Get function returns.
 // Threads    any.

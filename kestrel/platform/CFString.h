@@ -89,7 +89,7 @@ KESTREL_API Boolean CFStringGetCString(CFStringRef, char* buffer, CFIndex buffer
 /// a named order start with a byte-order mark. *usedBytes, where not null, gets the number of bytes.
 KESTREL_API CFIndex CFStringGetBytes(CFStringRef, CFRange range, CFStringEncoding, UInt8 lossByte,
                                      Boolean isExternal, UInt8* buffer, CFIndex maxBytes, CFIndex* usedBytes);
-/// A number of bytes that holds any text of length units.
+/// A number of bytes that holds any text of length units; kCFNotFound for a length that no text has.
 KESTREL_API CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding);
 
 /// Orders two texts: by the process locale's collation with kCFCompareLocalized (by code unit in the C

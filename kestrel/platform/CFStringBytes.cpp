@@ -246,6 +246,7 @@ CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding enc
 }
 
 CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding) {
+    if (length < 0 || length > std::numeric_limits<CFIndex>::max() / 16) return kCFNotFound;
     switch (withOrder(encoding)) {
         case kCFStringEncodingMacRoman:
         case kCFStringEncodingASCII:

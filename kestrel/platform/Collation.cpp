@@ -67,7 +67,7 @@ public:
 
     /// Null when there is no collation data at all.
     const UCollator* get(const char* locale, Case letters) {
-        if (m_locale != locale) open(locale);
+        if (std::strcmp(m_locale.c_str(), locale) != 0) open(locale);
         return letters == Case::Matters ? m_exact : m_caseless;
     }
 

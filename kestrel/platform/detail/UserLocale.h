@@ -9,8 +9,8 @@ namespace kestrel::detail {
 
 /// True for the names of the locale without a language.
 inline bool isCLocale(const char* name) {
-    return (name[0] == 'C' && (name[1] == '\0' || name[1] == '.')) || name[0] == '\0' ||
-           std::strcmp(name, "POSIX") == 0;
+    if (name[0] == 'C') return name[1] == '\0' || name[1] == '.';
+    return name[0] == '\0' || (name[0] == 'P' && std::strcmp(name, "POSIX") == 0);
 }
 
 /// The name of the user's locale: the process's LC_MESSAGES; while that is the C locale, what the
