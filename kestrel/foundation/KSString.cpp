@@ -3,8 +3,10 @@
 #include <kestrel/foundation/KSUnreachable.h>
 #include <kestrel/platform/detail/AutoreleasePool.h>
 #include <kestrel/platform/detail/Collation.h>
+#include <kestrel/platform/detail/EncodingSniffer.h>
 #include <kestrel/platform/detail/MacRoman.h>
 #include <kestrel/platform/detail/StringObject.h>
+#include <kestrel/platform/detail/TextEncoding.h>
 #include <kestrel/platform/detail/Utf8.h>
 
 #include <algorithm>
@@ -14,6 +16,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <span>
 #include <utility>
 
 using kestrel::detail::Case;
@@ -95,8 +98,7 @@ KSString::KSString(const char* text) : m_string(fromMacRoman(text)) {}
 
 KSString::KSString(const unsigned short* units) : m_string(fromUnits(units)) {}
 
-KSString::KSString(const KSString& other)
-    : m_string(CFStringCreateCopy(kCFAllocatorDefault, other.m_string)) {}
+KSString::KSString(const KSString& other) : m_string(shared(other.m_string)) {}
 
 KSString::KSString(KSString&& other) noexcept : m_string(std::exchange(other.m_string, nullptr)) {}
 
@@ -342,13 +344,18 @@ int KSString::caseInsensitiveCompare(unsigned long, unsigned int, const KSString
 
 // ----- neighbours
 
+CFStringRef CFStringCreateWithSniffingEncoding(const char* text) {
+    if (!text) return nullptr;
+    const std::span bytes(text, std::strlen(text));
+    for (const char* encoding : kestrel::detail::sniffEncodings(bytes))
+        if (CFStringRef string = kestrel::detail::createStringNamed(encoding, bytes)) return string;
+    return fromMacRoman(text);
+}
+
 unsigned short* KSUnicode::strchr(unsigned short* text, unsigned short c) noexcept {
     if (!text) return nullptr;
     if (*text == c) return text;
-    while (*text != 0) {
-        ++text;
-        if (*text == 0) return nullptr;
-        if (*text == c) return text;
-    }
+    while (*text != 0)
+        if (*++text == c && c != 0) return text;
     return nullptr;
 }

@@ -120,7 +120,10 @@ CFStringRef createStringNamed(const char* encodingName, std::span<const char> by
         status = U_ZERO_ERROR;
         const std::size_t room = bytes.size() + 16;
         UniChar* const start = string->reserve(room);
-        if (!start) break;
+        if (!start) {
+            status = U_MEMORY_ALLOCATION_ERROR;
+            break;
+        }
         auto* target = reinterpret_cast<UChar*>(start);
         ucnv_toUnicode(converter.get(), &target, target + room, &source, bytes.data() + bytes.size(), nullptr,
                        true, &status);

@@ -4,6 +4,8 @@
 // those of the Unicode standard, table 3-7.
 #include <kestrel/platform/detail/Utf8.h>
 
+#include <kestrel/platform/detail/AsciiRun.h>
+
 #include <array>
 #include <cstdint>
 
@@ -197,13 +199,21 @@ namespace kestrel::detail {
 HWY_EXPORT(encode);
 HWY_EXPORT(decode);
 
+// For a text of this size, choosing vectors at run time costs more than they gain.
+constexpr std::size_t shortText = 128;
+
 std::size_t utf8FromUtf16(std::span<const UniChar> units, char* bytes) noexcept {
-    return HWY_DYNAMIC_DISPATCH(encode)(units.data(), units.size(), reinterpret_cast<std::uint8_t*>(bytes));
+    auto* const target = reinterpret_cast<std::uint8_t*>(bytes);
+    const bool isShort = units.size() <= shortText;
+    if (isShort && narrowAscii(units.data(), units.size(), target) == units.size()) return units.size();
+    return HWY_DYNAMIC_DISPATCH(encode)(units.data(), units.size(), target);
 }
 
 std::size_t utf16FromUtf8(std::span<const char> bytes, UniChar* units) noexcept {
-    return HWY_DYNAMIC_DISPATCH(decode)(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size(),
-                                        units);
+    const auto* const source = reinterpret_cast<const std::uint8_t*>(bytes.data());
+    const bool isShort = bytes.size() <= shortText;
+    if (isShort && widenAscii(source, bytes.size(), units) == bytes.size()) return bytes.size();
+    return HWY_DYNAMIC_DISPATCH(decode)(source, bytes.size(), units);
 }
 
 std::size_t utf8FromUtf16Reference(std::span<const UniChar> units, char* bytes) noexcept {
