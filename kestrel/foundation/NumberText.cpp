@@ -3,8 +3,8 @@
 #include <locale.h>
 #include <cerrno>
 #include <charconv>
-#include <clocale>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <string>
@@ -59,6 +59,47 @@ bool readWithStrtod(const char*& text, const char* place, const char* end, doubl
     return errno != ERANGE || !(value == 0 || std::isinf(value));
 }
 
+// Decimal numbers of few digits, which most are: while the digits as an integer and the power of ten are
+// both exact, their product or quotient has the one rounding that the nearest double has (Clinger, "How to
+// Read Floating Point Numbers Accurately", 1990). The end of the number; null when it takes more than that.
+const char* readShortDecimal(const char* place, const char* end, double& value) {
+    constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    constexpr int mostDigits = 15;  // any such integer is below 2^53
+    const bool negative = *place == '-';
+    if (negative) ++place;
+    std::int64_t integer = 0;
+    int digits = 0, exponent = 0;
+    const auto readDigits = [&] {
+        for (; place < end && isDigit(*place) && digits <= mostDigits; ++place, ++digits)
+            integer = integer * 10 + (*place - '0');
+    };
+    readDigits();
+    if (place < end && *place == '.') {
+        ++place;
+        const int before = digits;
+        readDigits();
+        exponent = before - digits;
+    }
+    if (digits == 0 || digits > mostDigits) return nullptr;
+    if (place < end && (*place | 0x20) == 'e') {
+        const char* part = place + 1;
+        const bool negativePart = part < end && *part == '-';
+        if (part < end && (*part == '-' || *part == '+')) ++part;
+        int power = 0;
+        const char* const first = part;
+        for (; part < end && isDigit(*part) && part - first < 4; ++part) power = power * 10 + (*part - '0');
+        if (part == first || (part < end && isDigit(*part))) return nullptr;
+        exponent += negativePart ? -power : power;
+        place = part;
+    }
+    if (exponent < -22 || exponent > 22) return nullptr;
+    const auto exact = static_cast<double>(integer);
+    value = exponent < 0 ? exact / powers[-exponent] : exact * powers[exponent];
+    if (negative) value = -value;
+    return place;
+}
+
 bool readDouble(const char*& text, const char* end, double& value) {
     const char* place = skipBlanks(text, end);
     // from_chars gives the same bits for decimal numbers; it knows no "+" and no "0x".
@@ -66,6 +107,10 @@ bool readDouble(const char*& text, const char* end, double& value) {
     if (digits < end && (isDigit(*digits) || *digits == '.') &&
         !(end - digits > 1 && digits[0] == '0' && (digits[1] | 0x20) == 'x')) {
         const char* from = place < end && *place == '+' ? digits : place;
+        if (const char* stop = readShortDecimal(from, end, value)) {
+            text = stop;
+            return true;
+        }
         const auto [stop, error] = std::from_chars(from, end, value);
         if (error == std::errc()) {
             text = stop;

@@ -11,7 +11,10 @@
 #include <kestrel/platform/CFBase.h>
 #include <kestrel/platform/CFBundle.h>
 #include <kestrel/platform/CFData.h>
+#include <kestrel/platform/CFDictionary.h>
 #include <kestrel/platform/CFStream.h>
 #include <kestrel/platform/CFString.h>
 #include <kestrel/platform/CFURL.h>
+#include <kestrel/platform/CFXMLNode.h>
+#include <kestrel/platform/CFXMLParser.h>
 #endif

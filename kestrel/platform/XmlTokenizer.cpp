@@ -1,6 +1,7 @@
 #include <kestrel/platform/detail/XmlTokenizer.h>
 
 #include <kestrel/platform/detail/XmlNames.h>
+#include <kestrel/platform/detail/XmlReferences.h>
 
 #include <algorithm>
 #include <initializer_list>
@@ -278,30 +279,18 @@ const char* XmlTokenizer::scanReference(const char* ampersand) {
     return end + 1;
 }
 
+// [66]
 const char* XmlTokenizer::scanCharacterReference(const char* ampersand) {
-    const bool hexadecimal = at(ampersand + 2) == 'x';
-    const char* const digits = ampersand + (hexadecimal ? 3 : 2);
-    const char* place = digits;
-    char32_t character = 0;
-    for (;; ++place) {
-        const char c = at(place);
-        const char lower = static_cast<char>(c | 0x20);
-        unsigned digit = 0;
-        if (c >= '0' && c <= '9')
-            digit = static_cast<unsigned>(c - '0');
-        else if (hexadecimal && lower >= 'a' && lower <= 'f')
-            digit = static_cast<unsigned>(lower - 'a') + 10;
-        else
-            break;
-        character = std::min<char32_t>(character * (hexadecimal ? 16 : 10) + digit, 0x110000);
-    }
-    if (place == digits || at(place) != ';')
-        return failAt(kCFXMLErrorMalformedCharacterReference, place,
+    const char* const digits = ampersand + (at(ampersand + 2) == 'x' ? 3 : 2);
+    const char* end = digits;
+    while (isXmlByte(at(end), xmlHexDigit)) ++end;
+    if (end == digits || at(end) != ';')
+        return failAt(kCFXMLErrorMalformedCharacterReference, end,
                       "a character reference is not of digits and \";\"");
-    if (!isXmlCharacter(character))
+    if (xmlReferencedCharacter(slice(ampersand + 1, end)) == 0)
         return failAt(kCFXMLErrorMalformedCharacterReference, ampersand,
-                      joined({"\"", slice(ampersand, place + 1), "\" refers to no character of XML"}));
-    return place + 1;
+                      joined({"\"", slice(ampersand, end + 1), "\" refers to no character of XML"}));
+    return end + 1;
 }
 
 // [15]: the place behind the comment that starts at place, null after a failure.
@@ -338,26 +327,17 @@ const char* XmlTokenizer::find(const char* place, std::string_view text) const {
     return found == std::string_view::npos ? m_end : place + found;
 }
 
-const char* XmlTokenizer::skipSpace(const char* place) const {
-    while (place < m_end && isXmlByte(*place, xmlBlank)) ++place;
-    return place;
-}
-
-// The end of the name at place; place itself where none starts.
-const char* XmlTokenizer::skipName(const char* place) const {
-    int wanted = xmlNameStart;
-    while (place < m_end) {
-        if (isXmlByte(*place, wanted)) {
-            ++place;
-        } else {
-            char32_t character = 0;
-            if (static_cast<unsigned char>(*place) < 0x80) break;
-            const std::size_t length = decodeUtf8(place, m_end, character);
-            if (length == 0) break;
-            if (!(wanted == xmlNameStart ? isXmlNameStart(character) : isXmlNameCharacter(character))) break;
-            place += length;
-        }
-        wanted = xmlName;
+// A name that holds characters above ASCII.
+const char* XmlTokenizer::skipWideName(const char* place) const {
+    const auto belongs = [&](char32_t c, bool isFirst) {
+        if (c < 0x80) return isXmlByte(static_cast<char>(c), isFirst ? xmlNameStart : xmlName);
+        return isFirst ? isXmlNameStart(c) : isXmlNameCharacter(c);
+    };
+    for (const char* const first = place; place < m_end;) {
+        char32_t character = 0;
+        const std::size_t length = decodeUtf8(place, m_end, character);
+        if (length == 0 || !belongs(character, place == first)) break;
+        place += length;
     }
     return place;
 }

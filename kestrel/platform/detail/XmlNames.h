@@ -11,6 +11,7 @@ enum XmlByteKind : std::uint8_t {
     xmlName = 2,      ///< inside a name
     xmlBlank = 4,     ///< production [3]
     xmlPublicId = 8,  ///< production [13], without the quotes around it
+    xmlHexDigit = 16,
 };
 
 /// The kinds of each ASCII byte; bytes from 0x80 up have none here.
@@ -27,6 +28,7 @@ inline constexpr auto xmlByteKinds = [] {
     add("-.0123456789", xmlName | xmlPublicId);
     add("'()+,/=?;!*#@$% \r\n", xmlPublicId);
     add(" \t\r\n", xmlBlank);
+    add("0123456789abcdefABCDEF", xmlHexDigit);
     return kinds;
 }();
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <kestrel/platform/CFXMLParser.h>
+#include <kestrel/platform/detail/XmlNames.h>
 #include <kestrel/platform/detail/XmlScan.h>
 
 #include <cstddef>
@@ -113,8 +114,20 @@ private:
         return std::string_view(place, static_cast<std::size_t>(m_end - place)).starts_with(text);
     }
     const char* find(const char* place, std::string_view text) const;
-    const char* skipSpace(const char* place) const;
-    const char* skipName(const char* place) const;
+    const char* skipSpace(const char* place) const {
+        while (place < m_end && isXmlByte(*place, xmlBlank)) ++place;
+        return place;
+    }
+    // The end of the name at place; place itself where none starts.
+    const char* skipName(const char* place) const {
+        const char* end = place;
+        if (end < m_end && isXmlByte(*end, xmlNameStart))
+            while (++end < m_end && isXmlByte(*end, xmlName)) {
+            }
+        const bool isAscii = end == m_end || static_cast<unsigned char>(*end) < 0x80;
+        return isAscii ? end : skipWideName(place);
+    }
+    const char* skipWideName(const char* place) const;
     static std::string_view slice(const char* from, const char* to) {
         return {from, static_cast<std::size_t>(to - from)};
     }
