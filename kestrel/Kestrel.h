@@ -51,11 +51,15 @@
 #include <kestrel/serialization/KSFileWriteStream.h>
 #include <kestrel/serialization/KSHash128.h>
 #include <kestrel/serialization/KSHashWriteStream.h>
+#include <kestrel/serialization/KSIgnoreElement.h>
 #include <kestrel/serialization/KSScope.h>
 #include <kestrel/serialization/KSSerializer.h>
+#include <kestrel/serialization/KSSerializerReadStream.h>
 #include <kestrel/serialization/KSSerializerWriteStream.h>
 #include <kestrel/serialization/KSStream.h>
+#include <kestrel/serialization/KSStreamElement.h>
 #include <kestrel/serialization/KSUUID.h>
+#include <kestrel/serialization/KSXMLReadStream.h>
 #include <kestrel/serialization/KSXMLWriteStream.h>
 #include <kestrel/time/KSAudioBuffer.h>
 #include <kestrel/time/KSDate.h>
