@@ -10,7 +10,9 @@ struct Exit {
     int status;
 };
 
+void addDate(CLI::App& app);
 void addInfo(CLI::App& app);
+void addTimecode(CLI::App& app);
 void addTransform(CLI::App& app);
 
 }  // namespace kestrel::tools
