@@ -24,8 +24,9 @@ public:
                                                const double* y, double* leftX, double* leftY, double* rightX,
                                                double* rightY) noexcept {
         const double u = (t - t0) / (t1 - t0);
-        subdivide(u, x, leftX, rightX);
-        subdivide(u, y, leftY, rightY);
+        const Split splitX(u, x), splitY(u, y);  // both before anything is stored
+        splitX.store(leftX, rightX);
+        splitY.store(leftY, rightY);
     }
 
     /// Where value stands in a table that rises or falls throughout: the position i with value between
@@ -98,17 +99,23 @@ public:
     static KSVector2<double> findProjectionOn45DegreesDirection(KSVector2<double> v, KSVector2<double> extra);
 
 private:
-    static constexpr void subdivide(double u, const double* p, double* left, double* right) noexcept {
-        const double p0 = p[0], p1 = p[1], p2 = p[2], p3 = p[3];
-        const double middle = p1 + u * (p2 - p1);
-        const double left1 = p0 + u * (p1 - p0);
-        const double right2 = p2 + u * (p3 - p2);
-        const double left2 = (1 - u) * left1 + u * middle;
-        const double right1 = (1 - u) * middle + u * right2;
-        const double split = (1 - u) * left2 + u * right1;
-        left[0] = p0, left[1] = left1, left[2] = left2, left[3] = split;
-        right[0] = split, right[1] = right1, right[2] = right2, right[3] = p3;
-    }
+    /// One coordinate of a split curve; the end points are those of the curve.
+    struct Split {
+        double p0, left1, left2, split, right1, right2, p3;
+
+        constexpr Split(double u, const double* p) noexcept : p0(p[0]), p3(p[3]) {
+            const double middle = p[1] + u * (p[2] - p[1]);
+            left1 = p[0] + u * (p[1] - p[0]);
+            right2 = p[2] + u * (p[3] - p[2]);
+            left2 = (1 - u) * left1 + u * middle;
+            right1 = (1 - u) * middle + u * right2;
+            split = (1 - u) * left2 + u * right1;
+        }
+        constexpr void store(double* left, double* right) const noexcept {
+            left[0] = p0, left[1] = left1, left[2] = left2, left[3] = split;
+            right[0] = split, right[1] = right1, right[2] = right2, right[3] = p3;
+        }
+    };
 
     static constexpr int locate(const double* table, int n, double value) noexcept {
         if (value == table[0]) return 0;

@@ -5,39 +5,42 @@
 namespace {
 
 constexpr double epsilon = 3e-7;
-constexpr double tiny = 1e-30;
 constexpr double gammalnOfHalf = 0.57236494292474305;  // KSMath::gammaln(0.5)
 
-/// e^-z * sqrt(z) / gamma(1/2), the factor that both expansions share.
-double factor(double z) { return std::exp(-z + 0.5 * std::log(z) - gammalnOfHalf); }
+/// e^(-z + ln(z) / 2 - gammalnOfHalf), the factor that both expansions share.
+double factor(double z) {
+    static const double scale = std::exp(-gammalnOfHalf);
+    return std::exp(-z) * std::sqrt(z) * scale;
+}
 
-/// P(1/2, z) by its series.
+/// P(1/2, z) by its series, for 0 < z < 1.5. It ends long before its limit of 100 terms.
 double series(double z) {
     double ap = 0.5, term = 2, sum = 2;
-    for (int i = 0; i < 100; ++i) {
+    do {
         ap += 1;
         term *= z / ap;
         sum += term;
-        if (std::abs(term) < std::abs(sum) * epsilon) return sum * factor(z);
-    }
-    return 0;
+    } while (term >= sum * epsilon);
+    return sum * factor(z);
 }
 
-/// P(1/2, z) by its continued fraction.
+/// P(1/2, z) by its continued fraction, for z >= 1.5. The rounds and their end are those of Lentz's method,
+/// which divides twice a round to get the ratio of one convergent to the one before; here numerators a and
+/// denominators b stay apart, and the ratio is compared without a division.
 double continuedFraction(double z) {
-    double b = z + 0.5, c = 1 / tiny, d = 1 / b, h = d;
+    if (z > 40)
+        return std::isinf(z) ? std::nan("") : 1;  // 1 less what a double cannot show; infinity - infinity
+    double step = z + 0.5;
+    double a0 = 0, a1 = 1, b0 = 1, b1 = step;
     for (int i = 1; i <= 100; ++i) {
         const double an = -i * (i - 0.5);
-        b += 2;
-        d = an * d + b;
-        d = std::abs(d) < tiny ? 1 / tiny : 1 / d;
-        c = b + an / c;
-        if (std::abs(c) < tiny) c = tiny;
-        const double change = d * c;
-        h *= change;
-        if (std::abs(change - 1) < epsilon) break;
+        step += 2;
+        const double a2 = step * a1 + an * a0, b2 = step * b1 + an * b0;
+        const bool ended = std::abs(a2 * b1 - a1 * b2) < epsilon * (a1 * b2);
+        a0 = a1, a1 = a2, b0 = b1, b1 = b2;
+        if (ended) break;
     }
-    return 1 - h * factor(z);
+    return 1 - a1 / b1 * factor(z);
 }
 
 }  // namespace

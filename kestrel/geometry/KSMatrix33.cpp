@@ -1,12 +1,14 @@
 #include <kestrel/foundation/KSPrint.h>
 #include <kestrel/geometry/KSMatrix33.h>
 #include <kestrel/geometry/detail/GuardedTangent.h>
+#include <kestrel/geometry/detail/Rotation.h>
 #include <kestrel/geometry/detail/TransformPoints.h>
 
 #include <algorithm>
 #include <cmath>
 
 using kestrel::detail::guardedTangent;
+using kestrel::detail::Rotation;
 
 void KSMatrix33::rotateZ(double angle) {
     const double c = std::cos(angle), s = std::sin(angle);
@@ -48,7 +50,7 @@ void KSMatrix33::print() const {
 
 void KSMatrix33::setTransformation(double tx, double ty, double rotation, double sx, double sy, double shearX,
                                    double shearY, double px, double py, double aspect) {
-    const double c = rotation == 0 ? 1 : std::cos(rotation), s = rotation == 0 ? 0 : std::sin(rotation);
+    const auto [c, s] = Rotation(rotation);
     const double kx = guardedTangent(shearX), ky = guardedTangent(shearY);
     m00 = (c - s * ky) * sx;
     m01 = (c * kx - s) * sy / aspect;
@@ -62,7 +64,7 @@ void KSMatrix33::setTransformation(double tx, double ty, double rotation, double
 
 void KSMatrix33::setInvTransformation(double tx, double ty, double rotation, double sx, double sy,
                                       double shearX, double shearY, double px, double py, double aspect) {
-    const double c = rotation == 0 ? 1 : std::cos(rotation), s = rotation == 0 ? 0 : std::sin(rotation);
+    const auto [c, s] = Rotation(rotation);
     const double kx = guardedTangent(shearX), ky = guardedTangent(shearY);
     const double q = 1 / (1 - kx * ky);
     m00 = q * (c + s * kx) / sx;

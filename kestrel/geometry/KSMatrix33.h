@@ -41,8 +41,9 @@ public:
     constexpr double determinant() const noexcept {
         return m00 * (m11 * m22 - m12 * m21) + m01 * (m12 * m20 - m22 * m10) + m02 * (m21 * m10 - m11 * m20);
     }
-    /// Every cofactor, transposed, divided by the determinant. False, and nothing changes, if the determinant
-    /// is exactly 0; there is no tolerance.
+    /// Every cofactor, transposed, over the determinant (times its reciprocal, unless that is too small or
+    /// too large to be exact to the last digit or two). False, and nothing changes, if the determinant is
+    /// exactly 0; there is no tolerance.
     constexpr bool invert() noexcept;
 
     constexpr void translate(double tx, double ty) noexcept {
@@ -137,15 +138,26 @@ public:
     /// Position, rotation, scale and shear (the factor along x, over sy) of an affine matrix; null pointers
     /// are skipped. A first column of exactly 0 gives sx = 0 and shear = 0.
     void decompose(double* tx, double* ty, double* rotation, double* sx, double* sy, double* shear) const;
+
+private:
+    constexpr KSMatrix33 times(double f) const noexcept {
+        return {m00 * f, m01 * f, m02 * f, m10 * f, m11 * f, m12 * f, m20 * f, m21 * f, m22 * f};
+    }
+    constexpr KSMatrix33 over(double f) const noexcept {
+        return {m00 / f, m01 / f, m02 / f, m10 / f, m11 / f, m12 / f, m20 / f, m21 / f, m22 / f};
+    }
 };
 
 constexpr bool KSMatrix33::invert() noexcept {
     const double c00 = m11 * m22 - m21 * m12, c01 = m12 * m20 - m22 * m10, c02 = m21 * m10 - m11 * m20;
     const double det = m00 * c00 + m01 * c01 + m02 * c02;
     if (det == 0) return false;
-    *this = KSMatrix33(c00 / det, (m02 * m21 - m01 * m22) / det, (m01 * m12 - m02 * m11) / det,  //
-                       c01 / det, (m00 * m22 - m02 * m20) / det, (m02 * m10 - m00 * m12) / det,  //
-                       c02 / det, (m01 * m20 - m00 * m21) / det, (m00 * m11 - m01 * m10) / det);
+    const KSMatrix33 cofactors(c00, (m02 * m21 - m01 * m22), (m01 * m12 - m02 * m11),  //
+                               c01, (m00 * m22 - m02 * m20), (m02 * m10 - m00 * m12),  //
+                               c02, (m01 * m20 - m00 * m21), (m00 * m11 - m01 * m10));
+    const double reciprocal = 1 / det;
+    const bool isSafe = kestrel::detail::isNormal(reciprocal);  // else it has lost digits, or all of them
+    *this = isSafe ? cofactors.times(reciprocal) : cofactors.over(det);
     return true;
 }
 

@@ -1,20 +1,16 @@
 #include <kestrel/foundation/KSPrint.h>
 #include <kestrel/geometry/KSMatrix44.h>
 #include <kestrel/geometry/detail/GuardedTangent.h>
+#include <kestrel/geometry/detail/Rotation.h>
 #include <kestrel/geometry/detail/TransformPoints.h>
 
 #include <algorithm>
 #include <cmath>
 
 using kestrel::detail::guardedTangent;
+using kestrel::detail::Rotation;
 
 namespace {
-
-struct Rotation {
-    explicit Rotation(double angle)
-        : c(angle == 0 ? 1 : std::cos(angle)), s(angle == 0 ? 0 : std::sin(angle)) {}
-    double c, s;
-};
 
 /// first' = c first - s second, second' = s first + c second, for one column.
 void turn(const Rotation& r, double& first, double& second) {

@@ -69,8 +69,9 @@ public:
     }
 
     constexpr double determinant() const noexcept { return Minors(*this).determinant(); }
-    /// Every cofactor, transposed, divided by the determinant. False, and nothing changes, if the determinant
-    /// is exactly 0; there is no tolerance.
+    /// Every cofactor, transposed, over the determinant (times its reciprocal, unless that is too small or
+    /// too large to be exact to the last digit or two). False, and nothing changes, if the determinant is
+    /// exactly 0; there is no tolerance.
     constexpr bool invert() noexcept;
 
     /// An amount of exactly 0 is skipped, which shows where the fourth row is not finite.
@@ -188,6 +189,15 @@ public:
                            double* sy, double* sz, double* shearXZ, double* shearYZ) const;
 
 private:
+    constexpr KSMatrix44 times(double f) const noexcept {
+        return {m00 * f, m01 * f, m02 * f, m03 * f, m10 * f, m11 * f, m12 * f, m13 * f,
+                m20 * f, m21 * f, m22 * f, m23 * f, m30 * f, m31 * f, m32 * f, m33 * f};
+    }
+    constexpr KSMatrix44 over(double f) const noexcept {
+        return {m00 / f, m01 / f, m02 / f, m03 / f, m10 / f, m11 / f, m12 / f, m13 / f,
+                m20 / f, m21 / f, m22 / f, m23 / f, m30 / f, m31 / f, m32 / f, m33 / f};
+    }
+
     /// The 2x2 minors of the upper two rows (s) and of the lower two (c), by their columns.
     struct Minors {
         double s01, s02, s03, s12, s13, s23, c01, c02, c03, c12, c13, c23;
@@ -214,22 +224,25 @@ constexpr bool KSMatrix44::invert() noexcept {
     const Minors n(*this);
     const double det = n.determinant();
     if (det == 0) return false;
-    *this = KSMatrix44((m11 * n.c23 - m12 * n.c13 + m13 * n.c12) / det,  //
-                       (m02 * n.c13 - m01 * n.c23 - m03 * n.c12) / det,  //
-                       (m31 * n.s23 - m32 * n.s13 + m33 * n.s12) / det,  //
-                       (m22 * n.s13 - m21 * n.s23 - m23 * n.s12) / det,  //
-                       (m12 * n.c03 - m10 * n.c23 - m13 * n.c02) / det,  //
-                       (m00 * n.c23 - m02 * n.c03 + m03 * n.c02) / det,  //
-                       (m32 * n.s03 - m30 * n.s23 - m33 * n.s02) / det,  //
-                       (m20 * n.s23 - m22 * n.s03 + m23 * n.s02) / det,  //
-                       (m10 * n.c13 - m11 * n.c03 + m13 * n.c01) / det,  //
-                       (m01 * n.c03 - m00 * n.c13 - m03 * n.c01) / det,  //
-                       (m30 * n.s13 - m31 * n.s03 + m33 * n.s01) / det,  //
-                       (m21 * n.s03 - m20 * n.s13 - m23 * n.s01) / det,  //
-                       (m11 * n.c02 - m10 * n.c12 - m12 * n.c01) / det,  //
-                       (m00 * n.c12 - m01 * n.c02 + m02 * n.c01) / det,  //
-                       (m31 * n.s02 - m30 * n.s12 - m32 * n.s01) / det,  //
-                       (m20 * n.s12 - m21 * n.s02 + m22 * n.s01) / det);
+    const KSMatrix44 cofactors((m11 * n.c23 - m12 * n.c13 + m13 * n.c12),  //
+                               (m02 * n.c13 - m01 * n.c23 - m03 * n.c12),  //
+                               (m31 * n.s23 - m32 * n.s13 + m33 * n.s12),  //
+                               (m22 * n.s13 - m21 * n.s23 - m23 * n.s12),  //
+                               (m12 * n.c03 - m10 * n.c23 - m13 * n.c02),  //
+                               (m00 * n.c23 - m02 * n.c03 + m03 * n.c02),  //
+                               (m32 * n.s03 - m30 * n.s23 - m33 * n.s02),  //
+                               (m20 * n.s23 - m22 * n.s03 + m23 * n.s02),  //
+                               (m10 * n.c13 - m11 * n.c03 + m13 * n.c01),  //
+                               (m01 * n.c03 - m00 * n.c13 - m03 * n.c01),  //
+                               (m30 * n.s13 - m31 * n.s03 + m33 * n.s01),  //
+                               (m21 * n.s03 - m20 * n.s13 - m23 * n.s01),  //
+                               (m11 * n.c02 - m10 * n.c12 - m12 * n.c01),  //
+                               (m00 * n.c12 - m01 * n.c02 + m02 * n.c01),  //
+                               (m31 * n.s02 - m30 * n.s12 - m32 * n.s01),  //
+                               (m20 * n.s12 - m21 * n.s02 + m22 * n.s01));
+    const double reciprocal = 1 / det;
+    const bool isSafe = kestrel::detail::isNormal(reciprocal);  // else it has lost digits, or all of them
+    *this = isSafe ? cofactors.times(reciprocal) : cofactors.over(det);
     return true;
 }
 

@@ -37,6 +37,12 @@ constexpr bool isNear(double a, double b) noexcept {
     return difference < matrixTolerance && difference > -matrixTolerance;  // false for NaN
 }
 
+/// Neither 0, denormal, infinite nor NaN.
+constexpr bool isNormal(double v) noexcept {
+    const double magnitude = v < 0 ? -v : v;
+    return magnitude >= std::numeric_limits<double>::min() && magnitude <= std::numeric_limits<double>::max();
+}
+
 /// floor(v + 0.5 + 1e-7): the pixel that a coordinate rounds to. Beyond the range of int the nearest limit,
 /// for NaN 0.
 constexpr int roundToPixel(double v) noexcept {
