@@ -1,4 +1,5 @@
-// Mutex, semaphore, condition variable, barrier and thread, each beside the POSIX calls beneath.
+// Mutex, semaphore, condition variable, barrier and thread, each beside the POSIX calls beneath and the
+// standard library.
 #include <kestrel/concurrency/KSBarrier.h>
 #include <kestrel/concurrency/KSConditionVariable.h>
 #include <kestrel/concurrency/KSMutex.h>
@@ -11,6 +12,10 @@
 #include <semaphore.h>
 
 #include <atomic>
+#include <barrier>
+#include <mutex>
+#include <semaphore>
+#include <thread>
 
 namespace {
 
@@ -52,6 +57,17 @@ struct PosixSemaphore {
     void signal() { sem_post(&semaphore); }
     sem_t semaphore;
 };
+struct StandardSemaphore {
+    explicit StandardSemaphore(unsigned initial) : semaphore(initial) {}
+    void wait() { semaphore.acquire(); }
+    void signal() { semaphore.release(); }
+    std::counting_semaphore<> semaphore;
+};
+struct StandardBarrier {
+    explicit StandardBarrier(unsigned parties) : barrier(parties) {}
+    void wait() { barrier.arrive_and_wait(); }
+    std::barrier<> barrier;
+};
 struct PosixBarrier {
     explicit PosixBarrier(unsigned parties) { pthread_barrier_init(&barrier, nullptr, parties); }
     PosixBarrier(const PosixBarrier&) = delete;
@@ -72,15 +88,17 @@ template <class Mutex>
 void lockAndUnlock(benchmark::State& state) {
     Mutex mutex;
     long guarded = 0;
+    benchmark::DoNotOptimize(&guarded);
     for (auto _ : state) {
         mutex.lock();
-        benchmark::DoNotOptimize(++guarded);
+        ++guarded;
         mutex.unlock();
     }
     if (guarded != static_cast<long>(state.iterations())) state.SkipWithError("lost a turn");
 }
 BENCHMARK(lockAndUnlock<KSMutex>);
 BENCHMARK(lockAndUnlock<PosixMutex>);
+BENCHMARK(lockAndUnlock<std::mutex>);
 
 template <class Semaphore>
 void signalAndWait(benchmark::State& state) {
@@ -93,6 +111,7 @@ void signalAndWait(benchmark::State& state) {
 BENCHMARK(signalAndWait<KSSemaphore>);
 BENCHMARK(signalAndWait<PosixMutexAndCondition>);
 BENCHMARK(signalAndWait<PosixSemaphore>);
+BENCHMARK(signalAndWait<StandardSemaphore>);
 
 /// A turn goes to another thread and back.
 template <class Mutex, class Condition>
@@ -154,6 +173,7 @@ void meetAtBarrier(benchmark::State& state) {
 }
 BENCHMARK(meetAtBarrier<KSBarrier>)->Threads(2)->UseRealTime();
 BENCHMARK(meetAtBarrier<PosixBarrier>)->Threads(2)->UseRealTime();
+BENCHMARK(meetAtBarrier<StandardBarrier>)->Threads(2)->UseRealTime();
 
 void count(void* counter) { ++*static_cast<long*>(counter); }
 void startAndJoin(benchmark::State& state) {
@@ -177,7 +197,16 @@ void startAndJoinPosix(benchmark::State& state) {
     }
     if (ran != static_cast<long>(state.iterations())) state.SkipWithError("a thread did not run");
 }
+void startAndJoinStandard(benchmark::State& state) {
+    long ran = 0;
+    for (auto _ : state) {
+        std::thread thread(count, &ran);
+        thread.join();
+    }
+    if (ran != static_cast<long>(state.iterations())) state.SkipWithError("a thread did not run");
+}
 BENCHMARK(startAndJoin)->UseRealTime();
 BENCHMARK(startAndJoinPosix)->UseRealTime();
+BENCHMARK(startAndJoinStandard)->UseRealTime();
 
 }  // namespace

@@ -75,7 +75,7 @@ void pair(benchmark::State& state) {
     LiveBlocks<Allocator> live(static_cast<std::size_t>(state.range(0)));
     if (!live.isGood) return state.SkipWithError("the block cannot be used");
     for (auto _ : state) {
-        void* block = Allocator::allocate(blockSize);
+        void* const block = Allocator::allocate(blockSize);
         benchmark::DoNotOptimize(block);
         Allocator::release(block);
     }
@@ -95,7 +95,7 @@ void replace(benchmark::State& state) {
         void*& block = live.blocks()[random() % live.blocks().size()];
         Allocator::release(block);
         block = Allocator::allocate(blockSize);
-        benchmark::DoNotOptimize(block);
+        benchmark::ClobberMemory();
     }
 }
 BENCHMARK(replace<Malloc>)->Arg(1)->Arg(million);

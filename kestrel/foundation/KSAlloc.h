@@ -98,18 +98,21 @@ struct AllocSite {
 };
 
 inline void* allocate(const char* file, int line, unsigned long size, bool isArray) {
-    if (!allocIsActive.load(std::memory_order_relaxed)) return std::malloc(size);
-    return _ksAlloc(file, line, size, isArray);
+    if (allocIsActive.load(std::memory_order_relaxed)) [[unlikely]]
+        return _ksAlloc(file, line, size, isArray);
+    return std::malloc(size);
 }
 
 inline void* reallocate(void* ptr, unsigned long size, const char* file, int line) {
-    if (ptr && !allocIsActive.load(std::memory_order_relaxed)) return std::realloc(ptr, size);
-    return _ksRealloc(ptr, size, file, line);
+    if (!ptr || allocIsActive.load(std::memory_order_relaxed)) [[unlikely]]
+        return _ksRealloc(ptr, size, file, line);
+    return std::realloc(ptr, size);
 }
 
 inline void release(void* ptr, bool isArray) {
-    if (!allocIsActive.load(std::memory_order_relaxed)) return std::free(ptr);
-    _ksFree(ptr, isArray);
+    if (allocIsActive.load(std::memory_order_relaxed)) [[unlikely]]
+        return _ksFree(ptr, isArray);
+    std::free(ptr);
 }
 
 /// A product that does not fit is a failed allocation, never a small block.
