@@ -123,7 +123,7 @@ HWY_INLINE std::size_t encodeFour(const UniChar* unit, std::uint8_t* byte) {
     std::uint8_t longBits[8], asciiBits[8];
     hn::StoreMaskBits(d, isLong, longBits);
     hn::StoreMaskBits(d, isAscii, asciiBits);
-    const std::uint8_t* gaps = closeGaps[longBits[0] & 15u | (asciiBits[0] & 15u) << 4].data();
+    const std::uint8_t* gaps = closeGaps[(longBits[0] & 15u) | (asciiBits[0] & 15u) << 4].data();
     hn::StoreU(hn::TableLookupBytes(hn::BitCast(d8, bytes), hn::LoadU(d8, gaps)), d8, byte);
     return gaps[15];
 }
