@@ -32,26 +32,40 @@ private:
     std::uint32_t m_last;
 };
 
-/// Walks the rows of a scaled image: convert(to, from, count) turns count pixels of one row, all of which
-/// come from inside the source's region; sampled pixels are gathered in a row of their own first.
+/// to[x] = from[columns[x]]. Columns lie below available.
+template <typename Pixel>
+void sampleRow(Pixel* to, const Pixel* from, std::size_t available, const std::uint32_t* columns,
+               std::size_t count) {
+    if constexpr (sizeof(Pixel) == sizeof(std::uint32_t)) {
+        samplePixels(reinterpret_cast<std::uint32_t*>(to), reinterpret_cast<const std::uint32_t*>(from),
+                     available, columns, count);
+    } else {
+        for (std::size_t x = 0; x < count; ++x) to[x] = from[columns[x]];
+    }
+}
+
+/// Walks the rows of a scaled image. convert(to, from, count) turns pixels of one row, which come from inside
+/// the source's region; where columns are picked and depth changes, picked pixels make a row of their own.
 template <typename To, typename From, typename Convert>
 void scaleRows(KSBitmap& destination, const KSBitmap& source, Convert convert) {
+    constexpr bool samePixels = std::is_same_v<To, From>;
     const std::uint32_t width = destination.getWidth(), height = destination.getHeight();
     const std::uint32_t sourceWidth = source.getWidth();
     if (!width || !height || !sourceWidth || !source.getHeight()) return;
     if (!destination.getData() || !source.getData()) return;
 
     const Sampling xs(sourceWidth, width), ys(source.getHeight(), height);
+    std::unique_ptr<std::uint32_t[]> columns;
+    std::unique_ptr<From[]> picked;
     const bool sameColumns = width == sourceWidth;
-    const std::unique_ptr<std::uint32_t[]> columns(sameColumns ? nullptr
-                                                               : new (std::nothrow) std::uint32_t[width]);
-    const std::unique_ptr<From[]> gathered(sameColumns ? nullptr : new (std::nothrow) From[width]);
     if (!sameColumns) {
-        if (!columns || !gathered) return;
+        columns.reset(new (std::nothrow) std::uint32_t[width]);
+        if constexpr (!samePixels) picked.reset(new (std::nothrow) From[width]);
+        if (!columns || !(samePixels || picked)) return;
         for (std::uint32_t x = 0; x < width; ++x) columns[x] = xs.at(x);
     }
 
-    To* previous = nullptr;  // the row above and where it came from
+    To* previous = nullptr;  // the row above, and where it came from
     std::uint32_t previousRow = 0;
     std::size_t previousCount = 0;
     for (std::uint32_t y = 0; y < height; ++y) {
@@ -60,8 +74,8 @@ void scaleRows(KSBitmap& destination, const KSBitmap& source, Convert convert) {
         if (count == 0) return;
         To* to = reinterpret_cast<To*>(destination.getData() + toStart);
         const std::uint32_t row = ys.at(y);
-        if (previous && previousRow == row && count <= previousCount) {
-            std::memcpy(to, previous, count * sizeof(To));
+        if (previous && previousRow == row && count == width) {
+            std::memcpy(to, previous, previousCount * sizeof(To));
             continue;
         }
         const std::size_t fromStart = std::size_t{row} * sourceWidth * sizeof(From);
@@ -71,11 +85,15 @@ void scaleRows(KSBitmap& destination, const KSBitmap& source, Convert convert) {
             count = std::min(count, inside);
             convert(to, from, count);
         } else {
-            count = std::min(
-                count, static_cast<std::size_t>(
-                           std::lower_bound(columns.get(), columns.get() + width, inside) - columns.get()));
-            for (std::size_t x = 0; x < count; ++x) gathered[x] = from[columns[x]];
-            convert(to, gathered.get(), count);
+            const std::uint32_t* end = columns.get() + width;
+            if (inside < sourceWidth) end = std::lower_bound(columns.get(), columns.get() + width, inside);
+            count = std::min(count, static_cast<std::size_t>(end - columns.get()));
+            if constexpr (samePixels) {
+                sampleRow(to, from, inside, columns.get(), count);
+            } else {
+                sampleRow(picked.get(), from, inside, columns.get(), count);
+                convert(to, picked.get(), count);
+            }
         }
         previous = to;
         previousRow = row;

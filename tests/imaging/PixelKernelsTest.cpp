@@ -160,6 +160,22 @@ TEST(PixelKernels, EqualTheirTwinsAtOddWidthsAndStarts) {
     });
 }
 
+TEST(PixelKernels, SamplesAtEveryScaleWithoutReadingPastTheRow) {
+    std::mt19937 random(3);
+    forEachTarget([&] {
+        for (std::size_t source = 1; source <= 70; source += 3)
+            for (std::size_t count = 0; count <= 90; ++count) {
+                std::vector<std::uint32_t> row(source), columns(count), got(count + 1), want(count + 1);
+                for (auto& pixel : row) pixel = static_cast<std::uint32_t>(random());
+                for (std::size_t x = 0; x < count; ++x)
+                    columns[x] = static_cast<std::uint32_t>(x * source / count);
+                samplePixels(got.data(), row.data(), source, columns.data(), count);
+                reference::samplePixels(want.data(), row.data(), source, columns.data(), count);
+                ASSERT_EQ(got, want) << source << " to " << count;
+            }
+    });
+}
+
 TEST(PixelKernels, EqualTheirTwinsForAllPairsOfColourAndAlpha) {
     Bytes pixels;  // every byte of a pixel with every other: whichever is alpha meets all colours
     for (unsigned a = 0; a < 256; ++a)

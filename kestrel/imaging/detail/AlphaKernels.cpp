@@ -87,6 +87,7 @@ HWY_INLINE std::size_t Divide8(std::uint8_t* to, const std::uint8_t* from, std::
     const auto alphaMask = hn::Set(du, alphaFirst ? 0xFFu : 0xFF000000u);
     const auto red = hn::Set(df, matte.red), green = hn::Set(df, matte.green), blue = hn::Set(df, matte.blue);
     const auto one = hn::Set(df, 1.0f);
+    const bool isFinite = std::isfinite(matte.red) && std::isfinite(matte.green) && std::isfinite(matte.blue);
     std::uint32_t clear = 0;
     if (transparent)
         for (int i = 0; i < 3; ++i) clear |= std::uint32_t{transparent[i]} << colorShift<alphaFirst>(i);
@@ -95,6 +96,10 @@ HWY_INLINE std::size_t Divide8(std::uint8_t* to, const std::uint8_t* from, std::
     for (; x + lanes <= count; x += lanes) {
         const auto pixel = hn::LoadU(du, reinterpret_cast<const std::uint32_t*>(from + 4 * x));
         const auto alphaBits = hn::And(pixel, alphaMask);
+        if (isFinite && hn::AllTrue(du, hn::Eq(alphaBits, alphaMask))) {  // opaque: each colour comes back
+            if (to != from) hn::StoreU(pixel, du, reinterpret_cast<std::uint32_t*>(to + 4 * x));
+            continue;
+        }
         const auto a = Component8 < alphaFirst ? 0 : 24 > (df, pixel);
         const auto inverse = hn::Div(one, a);
         const auto color = [&](auto c, auto m) HWY_ATTR {

@@ -40,6 +40,36 @@ void maskBytes(std::uint8_t* bytes, std::size_t count, const BytePattern& keep, 
     reference::maskBytes(bytes + i, count - i, keep, flip);
 }
 
+/// As long as all pixels of a vector come from as many consecutive ones, or from twice as many, they are
+/// permuted in registers.
+void samplePixels(std::uint32_t* to, const std::uint32_t* from, std::size_t available,
+                  const std::uint32_t* columns, std::size_t count) {
+    const hn::ScalableTag<std::uint32_t> d;
+    const std::size_t lanes = hn::Lanes(d);
+    const auto size = hn::Set(d, static_cast<std::uint32_t>(lanes));
+    std::size_t x = 0;
+    for (; x + lanes <= count; x += lanes) {
+        const std::uint32_t first = columns[x], span = columns[x + lanes - 1] - first;
+        if (span >= 2 * lanes || first + 2 * lanes > available) {
+            reference::samplePixels(to + x, from, available, columns + x, lanes);
+            continue;
+        }
+        const auto index = hn::Sub(hn::LoadU(d, columns + x), hn::Set(d, first));
+        const auto low = hn::LoadU(d, from + first);
+        if (span < lanes) {
+            hn::StoreU(hn::TableLookupLanes(low, hn::IndicesFromVec(d, index)), d, to + x);
+            continue;
+        }
+        const auto high = hn::LoadU(d, from + first + lanes);
+        const auto isLow = hn::Lt(index, size);
+        const auto indices = hn::IndicesFromVec(d, hn::IfThenElse(isLow, index, hn::Sub(index, size)));
+        hn::StoreU(
+            hn::IfThenElse(isLow, hn::TableLookupLanes(low, indices), hn::TableLookupLanes(high, indices)), d,
+            to + x);
+    }
+    reference::samplePixels(to + x, from, available, columns + x, count - x);
+}
+
 // In both conversions a 16-bit lane is one pixel of 4:2:2: chroma (U in even lanes, V in odd ones) in its low
 // byte, luma in its high byte. An ARGB pixel is two lanes: A | R << 8 and G | B << 8.
 
@@ -124,6 +154,7 @@ namespace kestrel::detail {
 
 HWY_EXPORT(shuffleBytes);
 HWY_EXPORT(maskBytes);
+HWY_EXPORT(samplePixels);
 HWY_EXPORT(convert422ToARGB);
 HWY_EXPORT(convertARGBTo422);
 
@@ -133,6 +164,11 @@ void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes,
 
 void maskBytes(std::uint8_t* bytes, std::size_t count, const BytePattern& keep, const BytePattern& flip) {
     HWY_DYNAMIC_DISPATCH(maskBytes)(bytes, count, keep, flip);
+}
+
+void samplePixels(std::uint32_t* to, const std::uint32_t* from, std::size_t available,
+                  const std::uint32_t* columns, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(samplePixels)(to, from, available, columns, count);
 }
 
 void convert422ToARGB(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels) {

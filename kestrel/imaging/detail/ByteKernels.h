@@ -1,7 +1,7 @@
-// kestrel/imaging/detail/ByteKernels.h - moving and masking bytes in a pattern that repeats every 16 bytes.
+// kestrel/imaging/detail/ByteKernels.h - moving and masking bytes, mostly in a pattern that repeats every 16.
 //
-// All changes of channel order, all copies of alpha into colours and all writes of a constant alpha are one
-// of these two. Every pixel size (1, 2, 4, 8, 16 bytes) divides the pattern.
+// All changes of channel order, all copies of alpha into colours and all writes of a constant alpha are
+// shuffleBytes or maskBytes. Every pixel size (1, 2, 4, 8, 16 bytes) divides the pattern.
 #pragma once
 
 #include <array>
@@ -18,7 +18,13 @@ void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes,
 /// bytes[16 k + i] = (bytes[16 k + i] & keep[i]) ^ flip[i].
 void maskBytes(std::uint8_t* bytes, std::size_t count, const BytePattern& keep, const BytePattern& flip);
 
+/// to[x] = from[columns[x]], 32-bit pixels; columns do not fall and lie below available, the pixels at from.
+void samplePixels(std::uint32_t* to, const std::uint32_t* from, std::size_t available,
+                  const std::uint32_t* columns, std::size_t count);
+
 namespace reference {
+void samplePixels(std::uint32_t* to, const std::uint32_t* from, std::size_t available,
+                  const std::uint32_t* columns, std::size_t count);
 void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const BytePattern& order);
 void maskBytes(std::uint8_t* bytes, std::size_t count, const BytePattern& keep, const BytePattern& flip);
 }  // namespace reference

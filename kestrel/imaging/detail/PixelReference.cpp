@@ -46,6 +46,11 @@ void maskBytes(std::uint8_t* bytes, std::size_t count, const BytePattern& keep, 
         bytes[i] = static_cast<std::uint8_t>((bytes[i] & keep[i % 16]) ^ flip[i % 16]);
 }
 
+void samplePixels(std::uint32_t* to, const std::uint32_t* from, std::size_t /*available*/,
+                  const std::uint32_t* columns, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) to[x] = from[columns[x]];
+}
+
 void convert422ToARGB(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels) {
     for (std::size_t x = 0; x < pixels; ++x) {
         const std::uint8_t* pair = from + x / 2 * 4;

@@ -51,8 +51,16 @@ HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> TruncatedInt(DF df, V x) {
     return hn::Add(cut, hn::VecFromMask(di, hn::RebindMask(di, roundedUp)));
 }
 
+// The processor's conversions of 16-bit floats give the same bits but for signalling NaNs, which they quiet.
+#undef KESTREL_HALF_INSTRUCTIONS
+#if HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX2 && !defined(HWY_DISABLE_F16C)
+#define KESTREL_HALF_INSTRUCTIONS 1
+#else
+#define KESTREL_HALF_INSTRUCTIONS 0
+#endif
+
 /// The float values of 16-bit floats in the low halves of the lanes. NaNs keep their payload, signalling or
-/// not, which the conversion instructions do not do.
+/// not.
 template <class DF, class VU>
 HWY_INLINE hn::Vec<DF> FloatFromHalf(DF df, VU bits) {
     const hn::RebindToUnsigned<DF> du;
@@ -112,6 +120,12 @@ template <class DF>
 HWY_INLINE hn::Vec<DF> LoadNumbers(DF df, const half* from) {
     const hn::Rebind<std::uint16_t, DF> d16;
     const auto bits = hn::LoadU(d16, reinterpret_cast<const std::uint16_t*>(from));
+#if KESTREL_HALF_INSTRUCTIONS
+    const hn::RebindToSigned<decltype(d16)> di16;
+    const auto magnitude = hn::And(hn::BitCast(di16, bits), hn::Set(di16, 0x7FFF));
+    if (HWY_LIKELY(hn::AllFalse(di16, hn::Gt(magnitude, hn::Set(di16, 0x7C00)))))
+        return hn::PromoteTo(df, hn::BitCast(hn::Rebind<hwy::float16_t, DF>(), bits));
+#endif
     return FloatFromHalf(df, hn::PromoteTo(hn::RebindToUnsigned<DF>(), bits));
 }
 template <class DF>
@@ -134,6 +148,13 @@ HWY_INLINE void StoreNumbers(DF df, V v, std::uint16_t* to) {
 template <class DF, class V>
 HWY_INLINE void StoreNumbers(DF df, V v, half* to) {
     const hn::Rebind<std::uint16_t, DF> d16;
+#if KESTREL_HALF_INSTRUCTIONS
+    if (HWY_LIKELY(hn::AllTrue(df, hn::Eq(v, v)))) {  // no NaN
+        const auto rounded = hn::DemoteTo(hn::Rebind<hwy::float16_t, DF>(), v);
+        hn::StoreU(hn::BitCast(d16, rounded), d16, reinterpret_cast<std::uint16_t*>(to));
+        return;
+    }
+#endif
     const auto bits = hn::BitCast(hn::RebindToSigned<DF>(), HalfFromFloat(df, v));
     hn::StoreU(hn::DemoteTo(d16, bits), d16, reinterpret_cast<std::uint16_t*>(to));
 }
