@@ -137,6 +137,25 @@ TEST(KSSemaphore, LosesNoSignalBetweenFourProducersAndFourConsumers) {
     EXPECT_LE(worst, 3);
 }
 
+TEST(KSSemaphore, EverySignalArrivesWhenNoneFollows) {
+    // Each side depends on one signal of the other: one that gets lost stops both for good.
+    KSSemaphore ping(0), pong(0);
+    int ball = 0;
+    TestThread other([&] {
+        for (int i = 0; i < 20000; ++i) {
+            ping.wait();
+            ++ball;
+            pong.signal();
+        }
+    });
+    for (int i = 0; i < 20000; ++i) {
+        ping.signal();
+        pong.wait();
+        ASSERT_EQ(ball, i + 1);
+    }
+    other.join();
+}
+
 TEST(KSBarrier, NobodyPassesBeforeTheLastArrivesInAnyOfManyRounds) {
     constexpr int parties = 3, rounds = 3000;
     const auto barrier = std::make_unique<KSBarrier>(parties);
