@@ -23,7 +23,8 @@ public:
 
     void retain() const noexcept { m_references.fetch_add(1, std::memory_order_relaxed); }
     void release() const noexcept {
-        if (m_references.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+        // Nobody can take a reference from the only holder meanwhile, so that it need not count down.
+        if (isUnshared() || m_references.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
     }
     /// True when the caller's reference is the only one, so that nobody else can see a change.
     bool isUnshared() const noexcept { return m_references.load(std::memory_order_acquire) == 1; }
