@@ -10,6 +10,7 @@ struct Exit {
     int status;
 };
 
+void addArmor(CLI::App& app);
 void addDate(CLI::App& app);
 void addInfo(CLI::App& app);
 void addTimecode(CLI::App& app);

@@ -8,6 +8,7 @@ int main(int argc, char** argv) {
     CLI::App app{"kestrel: scene documents, frames, colour and time from the command line"};
     app.set_version_flag("--version", "kestrel " KESTREL_VERSION_STRING);
     app.require_subcommand(1);
+    addArmor(app);
     addDate(app);
     addInfo(app);
     addTimecode(app);
