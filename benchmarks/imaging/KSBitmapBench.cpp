@@ -1,6 +1,7 @@
 // Operations on frames of 1920x1080 and 3840x2160, in bytes read plus written a second, beside memcpy of the
 // same frame. Each item checks one pixel of its result first; the tests compare all of them.
 #include <kestrel/color/KSColor.h>
+#include <kestrel/imaging/KSBitmapMemory.h>
 #include <kestrel/imaging/KSBitmap_t.h>
 
 #include <benchmark/benchmark.h>
@@ -156,5 +157,23 @@ COPYING(fromHalfToFloat, 9, 8, copyWithScalingAndDepthConversion(source));
 COPYING(fromHalfTo8, 1, 8, copyWithScalingAndDepthConversion(source));
 COPYING(fromFloatTo8, 1, 9, copyWithScalingAndDepthConversion(source));
 COPYING(fromFloatTo16, 4, 9, copyWithScalingAndDepthConversion(source));
+
+/// A 4K frame allocated, one byte of each page touched, and freed.
+void allocateFrame(benchmark::State& state) {
+    for (auto _ : state) {
+        KSBitmapRGBA8 bitmap(3840, 2160);
+        auto* bytes = static_cast<volatile std::uint8_t*>(bitmap.getData());
+        if (!bytes || bytes[bitmap.getSize() - 1]) return state.SkipWithError("no zeroed memory");
+        for (std::size_t i = 0; i < bitmap.getSize(); i += 4096) bytes[i] = 1;
+    }
+}
+BENCHMARK(allocateFrame)->Name("allocate 4K frame, reused")->Unit(benchmark::kMicrosecond);
+
+void allocateFreshFrame(benchmark::State& state) {
+    KSBitmapMemory::setKeptLimit(0);
+    allocateFrame(state);
+    KSBitmapMemory::setKeptLimit(std::size_t{256} * 1024 * 1024);
+}
+BENCHMARK(allocateFreshFrame)->Name("allocate 4K frame, fresh")->Unit(benchmark::kMicrosecond);
 
 }  // namespace

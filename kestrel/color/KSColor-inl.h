@@ -49,15 +49,19 @@ constexpr float foldedHue(float hue) {
 }
 
 struct Extremes {
-    constexpr Extremes(float r, float g, float b)
-        : max(r > g ? (r > b ? r : b) : (g > b ? g : b)), min(r < g ? (r < b ? r : b) : (g < b ? g : b)) {}
+    constexpr Extremes(float r, float g, float b) : max(r > g ? r : g), min(r < g ? r : g) {
+        max = max > b ? max : b;
+        min = min < b ? min : b;
+    }
     float max, min;
 };
 
-/// The hue of HSL and HSV in degrees, -60..300. On a tie red comes first, then green.
+/// The hue of HSL and HSV in degrees, -60..300. On a tie red comes first, then green. The sector is an index
+/// rather than a branch, which no processor can foresee.
 constexpr float hexagonHue(float r, float g, float b, float max, float d) {
-    const float sextant = max == r ? (g - b) / d : max == g ? 2 + (b - r) / d : 4 + (r - g) / d;
-    return 60 * sextant;
+    const float differences[3] = {g - b, b - r, r - g};
+    const int sector = max == r ? 0 : 1 + (max != g);
+    return 60 * (static_cast<float>(2 * sector) + differences[sector] / d);
 }
 
 }  // namespace kestrel::detail
@@ -339,12 +343,10 @@ constexpr void KSColor::RGBtoHSV(float red, float green, float blue, float* h, f
 }
 
 constexpr void KSColor::HSVtoRGB(float h, float s, float v, float* red, float* green, float* blue) {
-    const auto write = [=](float r, float g, float b) {
-        *red = r;
-        *green = g;
-        *blue = b;
-    };
-    if (kestrel::detail::isNearZero(s)) return write(v, v, v);
+    if (kestrel::detail::isNearZero(s)) {
+        *red = *green = *blue = v;
+        return;
+    }
     h = kestrel::detail::foldedHue(h) / 60;
     if (!(h < 6)) return;  // there is no sector for a hue of exactly 360, nor for NaN
     const int sector = static_cast<int>(h);
@@ -353,20 +355,13 @@ constexpr void KSColor::HSVtoRGB(float h, float s, float v, float* red, float* g
     const float p = v * (1 - s);
     const float q = v * (1 - s * f);
     const float t = v * (1 - s * (1 - f));
-    switch (sector) {
-        case 0:
-            return write(v, t, p);
-        case 1:
-            return write(q, v, p);
-        case 2:
-            return write(p, v, t);
-        case 3:
-            return write(p, q, v);
-        case 4:
-            return write(t, p, v);
-        default:
-            return write(v, p, q);
-    }
+    // By sector: (v t p), (q v p), (p v t), (p q v), (t p v), (v p q); picked by index, not by branch.
+    enum : unsigned char { V, P, Q, T };
+    constexpr unsigned char order[6][3] = {{V, T, P}, {Q, V, P}, {P, V, T}, {P, Q, V}, {T, P, V}, {V, P, Q}};
+    const float values[4] = {v, p, q, t};
+    *red = values[order[sector][0]];
+    *green = values[order[sector][1]];
+    *blue = values[order[sector][2]];
 }
 
 constexpr void KSColor::RGBtoHSL(float red, float green, float blue, float* h, float* s, float* l) {
