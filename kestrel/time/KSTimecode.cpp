@@ -163,8 +163,9 @@ int KSTimecode::parse(const Unit* text, const Unit* end, const KSTimecodeMode& m
     if (isNegative) ++text;
 
     const auto [hours, minutes, seconds, frames] = toUnits(readFields(text, end));
-    // Limited so that the product stays within 64 bits.
-    const std::int64_t allSeconds = std::min<std::int64_t>((hours * 60 + minutes) * 60 + seconds, 0xFFFFFFFF);
+    std::int64_t allSeconds = (hours * 60 + minutes) * 60 + seconds;
+    if (allSeconds > 0xFFFFFFFF)  // the product must stay within 64 bits
+        allSeconds = std::min(allSeconds, (std::int64_t{1} << 62) / mode.m_fps);
     std::int64_t value = allSeconds * mode.m_fps + frames;
     if (mode.m_framesPerKeep != 0) {
         const std::int64_t framesPerInterval = std::int64_t{mode.m_fps} * mode.m_dropInterval;

@@ -24,6 +24,7 @@ const KSTimecodeMode fps25("", 25, 0, 0, 0);
 const KSTimecodeMode fps30Drop("", 30, 2, 60, 600);
 const KSTimecodeMode fps30("", 30, 0, 0, 0);
 const KSTimecodeMode fps1("", 1, 0, 0, 0);
+const KSTimecodeMode fps1Drop("", 1, 103, 128, 1266646784);
 const KSTimecodeMode fps1000("", 1000, 0, 0, 0);
 const KSTimecodeMode fpsMax("", intMax, 0, 0, 0);
 
@@ -67,6 +68,7 @@ const auto formatRows = std::to_array<FormatRow>({
     {"smallest frame", intMin, fps1, "-596523:14:08:00"},
     {"largest rate", intMax, fpsMax, "00:00:01:00"},
     {"just below the largest rate", intMax - 1, fpsMax, "00:00:00:2147483646"},
+    {"more seconds than 32 bits hold", 846761871, fps1Drop, "1204282:58:56;00"},
     {"smallest frame, drop", intMin, fps30Drop, "-19904:00:42;20"},
 });
 
