@@ -13,6 +13,7 @@ struct Exit {
 void addArmor(CLI::App& app);
 void addDate(CLI::App& app);
 void addInfo(CLI::App& app);
+void addScene(CLI::App& app);
 void addTimecode(CLI::App& app);
 void addTransform(CLI::App& app);
 

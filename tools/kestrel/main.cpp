@@ -11,6 +11,7 @@ int main(int argc, char** argv) {
     addArmor(app);
     addDate(app);
     addInfo(app);
+    addScene(app);
     addTimecode(app);
     addTransform(app);
 
