@@ -5,8 +5,11 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <random>
 #include <stdexcept>
@@ -24,6 +27,7 @@
 #include "scene/SceneReader.h"
 #include "scene/SceneWriter.h"
 #include "scene/Stats.h"
+#include "scene/Text.h"
 
 namespace kestrel::tools {
 namespace {
@@ -37,7 +41,7 @@ struct Options {
     std::vector<std::string> files;
     std::string in = "-", out = "-", color = "auto";
     std::uint64_t seed = 0, size = 0;
-    bool hasSeed = false, force = false, strict = false, stats = false;
+    bool hasSeed = false, force = false, strict = false, identifiers = false, stats = false;
 };
 
 std::string place(const std::string& file, long line) {
@@ -101,7 +105,7 @@ int print(const Options& options) {
     const char *noColor = std::getenv("NO_COLOR"), *terminal = std::getenv("TERM");
     const bool plain = (noColor && *noColor) || (terminal && std::string(terminal) == "dumb");
     const bool color = options.color == "always" || (options.color == "auto" && out.isTerminal() && !plain);
-    ScenePrinter printer(out, color);
+    ScenePrinter printer(out, color, options.identifiers);
     const auto reader = openOrComplain(options.in, printer, toStandardError(options.in));
     if (!reader) return unreadable;
     const bool good = reader->readDocument() && !reader->hasFaults();
@@ -266,6 +270,8 @@ void addScene(CLI::App& app) {
     printing->add_option("--color", options->color, "auto: when standard output is a terminal")
         ->check(CLI::IsMember({"auto", "always", "never"}))
         ->capture_default_str();
+
+    printing->add_flag("--identifiers", options->identifiers, "print identifiers too");
 
     CLI::App* copying =
         add(*scene, "copy", "Read a document and write it again; OUT is replaced when all of it is on disk",

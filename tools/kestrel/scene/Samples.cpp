@@ -69,7 +69,7 @@ void makeSample(SceneVisitor& visitor, std::uint64_t seed) {
 
     auto title = makeLayer("Title", random, 120);
     title->in = 12;
-    title->source = KSString("file:///footage/title.[####].exr");
+    title->source = KSString("file:///footage/title.%5B%23%23%23%23%5D.exr");
     title->blendMode = KSBlendModeScreen;
     Transform& transform = title->transform.emplace();
     transform.position = {960, 540, 0};
@@ -99,7 +99,7 @@ void makeLarge(SceneVisitor& visitor, std::uint64_t seed, const std::function<bo
                 for (double& component : solid.components) component = random.upTo(1);
             } else {
                 layer->source = KSString(("file:///footage/shot" + std::to_string(number) + "/plate." +
-                                          std::to_string(i) + ".[####].exr")
+                                          std::to_string(i) + ".%5B%23%23%23%23%5D.exr")
                                              .c_str());
             }
             Transform& transform = layer->transform.emplace();

@@ -1,5 +1,6 @@
 #include "ScenePrinter.h"
 
+#include <algorithm>
 #include <span>
 
 #include "Text.h"
@@ -11,6 +12,14 @@ constexpr const char *kindStyle = "1", *nameStyle = "32", *labelStyle = "36", *q
 
 std::string frames(long long first, long long end) {
     return std::to_string(first) + " to " + std::to_string(end);
+}
+
+/// A file by its path, whose characters are not escaped; anything else as it stands.
+std::string readable(const KSString& source) {
+    const std::string url = utf8(source);
+    if (!url.starts_with("file://")) return printable(url);
+    const std::string path = utf8(KSURL(source, false).getAsFileSystemString());
+    return printable(path.empty() ? url : path);
 }
 
 }  // namespace
@@ -50,18 +59,18 @@ void ScenePrinter::layer(const Layer& layer) {
     end();
     if (!layer.source.empty()) {
         begin(3, "source");
-        m_line += ' ' + printable(utf8(layer.source));
+        m_line += ' ' + readable(layer.source);
         end();
     }
     if (layer.transform) {
         const Transform& transform = *layer.transform;
         begin(3, "transform");
-        field("position", text(transform.position));
-        field("rotation", text(transform.rotation));
-        field("scale", text(transform.scale));
-        field("shear", text(transform.shear));
-        field("pivot", text(transform.pivot));
-        field("aspect", text(transform.aspect));
+        numbers("position", transform.position, 0);
+        numbers("rotation", transform.rotation, 0);
+        numbers("scale", transform.scale, 1);
+        numbers("shear", transform.shear, 0);
+        numbers("pivot", transform.pivot, 0);
+        numbers("aspect", {&transform.aspect, 1}, 1);
         end();
     }
     if (layer.solid) {
@@ -99,8 +108,13 @@ void ScenePrinter::field(const char* label, const std::string& value) {
     m_line += "  " + paint(labelStyle, label) + ' ' + value;
 }
 
+void ScenePrinter::numbers(const char* label, std::span<const double> values, double usual) {
+    if (std::all_of(values.begin(), values.end(), [&](double value) { return value == usual; })) return;
+    field(label, text(values));
+}
+
 void ScenePrinter::identifier(const KSUUID& identifier) {
-    m_line += "  " + paint(quietStyle, text(identifier));
+    if (m_identifiers) m_line += "  " + paint(quietStyle, text(identifier));
 }
 
 bool ScenePrinter::end() {

@@ -1,0 +1,351 @@
+// kestrel scene, as a user runs it: a child process on real files.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace {
+
+const std::string samples = KESTREL_SOURCE_DIR "/examples/scenes/";
+
+struct Result {
+    int status;
+    std::string output, errors;
+};
+
+std::string contents(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class SceneCommand : public testing::Test {
+protected:
+    SceneCommand() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "kestrel-scene-XXXXXX").string();
+        if (mkdtemp(pattern.data())) m_folder = pattern;
+    }
+    ~SceneCommand() override { std::filesystem::remove_all(m_folder); }
+
+    std::string file(const std::string& name) const { return m_folder + '/' + name; }
+    std::string put(const std::string& name, const std::string& text) const {
+        std::ofstream(file(name), std::ios::binary) << text;
+        return file(name);
+    }
+    /// Runs "kestrel scene ..." in the folder; arguments may hold pipes and redirections of the shell.
+    Result run(const std::string& arguments) const {
+        const std::string command = "cd '" + m_folder +
+                                    "'; K='" KESTREL_BIN_DIR "/kestrel'; { \"$K\" scene " + arguments +
+                                    "; } >.output 2>.errors";
+        const int status = std::system(command.c_str());
+        Result result{WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
+                      contents(file(".output")), contents(file(".errors"))};
+        std::filesystem::remove(file(".output"));
+        std::filesystem::remove(file(".errors"));
+        return result;
+    }
+    int fileCount() const {
+        return static_cast<int>(std::distance(std::filesystem::directory_iterator(m_folder), {}));
+    }
+
+private:
+    std::string m_folder;
+};
+
+TEST_F(SceneCommand, SamplesAreSoundAndComeBack) {
+    for (const char* name : {"title", "names", "deep", "unknown"}) {
+        SCOPED_TRACE(name);
+        const std::string sample = samples + name + ".xml";
+        const Result checked = run("check " + sample);
+        EXPECT_EQ(checked.status, 0);
+        EXPECT_EQ(checked.output + checked.errors, "");
+        ASSERT_EQ(run("copy " + sample + " once.xml").status, 0);
+        ASSERT_EQ(run("copy once.xml twice.xml").status, 0);
+        EXPECT_EQ(contents(file("once.xml")), contents(file("twice.xml")));
+        const bool isOurs = name[0] == 't' || name[0] == 'n';
+        EXPECT_EQ(contents(file("once.xml")) == contents(sample), isOurs);
+        const std::string digests = run("fingerprint " + sample + " once.xml").output;
+        ASSERT_EQ(digests.size(), 2 * 32 + sample.size() + 14) << digests;
+        EXPECT_EQ(digests.substr(0, 32), digests.substr(32 + 2 + sample.size() + 1, 32));
+    }
+}
+
+TEST_F(SceneCommand, FingerprintFollowsValuesNotNames) {
+    const std::string text = contents(samples + "title.xml");
+    const auto with = [&](const std::string& from, const std::string& to) {
+        std::string changed = text;
+        const auto at = changed.find(from);
+        EXPECT_NE(at, std::string::npos) << from;
+        changed.replace(at, from.size(), to);
+        put("changed.xml", changed);
+        return run("fingerprint changed.xml").output.substr(0, 32);
+    };
+    const std::string same = with("Opening", "Opening");
+    EXPECT_EQ(same.find_first_not_of("0123456789abcdef"), std::string::npos);
+    EXPECT_EQ(with("name=\"Sky\"", "name=\"Heaven\""), same);
+    EXPECT_NE(with("opacity=\"0.35\"", "opacity=\"0.36\""), same);
+    EXPECT_NE(with("grain.mov", "noise.mov"), same);
+    EXPECT_NE(with("24 FPS", "25 FPS"), same);
+}
+
+TEST_F(SceneCommand, PrintsATree) {
+    const Result plain = run("print " + samples + "title.xml");
+    EXPECT_EQ(plain.status, 0);
+    EXPECT_EQ(plain.output.substr(0, plain.output.find("    layer \"Grain\"")),
+              "project \"Opening title\"  version 1\n"
+              "  composition \"Main\"  size 1920 x 1080  timecode 24 FPS  start 0  duration 240\n"
+              "    layer \"Sky\"  frames 0 to 240  blend Normal  opacity 1\n"
+              "      solid  RGB 0.05 0.1 0.25  alpha 1\n"
+              "      keyframes \"color.c2\"  0 0.25  120 0.6  239 0.25\n"
+              "    layer \"Title\"  frames 12 to 120  blend Screen  opacity 1\n"
+              "      source /footage/title.[####].exr\n"
+              "      transform  position 960 540 0  pivot 400 120 0\n"
+              "      keyframes \"opacity\"  12 0  24 1  108 1  120 0\n");
+    EXPECT_NE(run("print --color always " + samples + "title.xml").output.find("\033["), std::string::npos);
+    EXPECT_NE(
+        run("print --identifiers " + samples + "title.xml").output.find("3d28b887bdff14849bd1d1d7d861cfc9"),
+        std::string::npos);
+    std::string hostile = contents(samples + "title.xml");
+    hostile.replace(hostile.find("Sky"), 3,
+                    "\xc2\x9b"
+                    "31m\n");  // a control character of eight bits
+    put("hostile.xml", hostile);
+    EXPECT_NE(run("print hostile.xml").output.find("layer \"?31m?\""), std::string::npos);
+}
+
+TEST_F(SceneCommand, NewAndGenerateMakeSoundDocuments) {
+    EXPECT_EQ(run("new a.xml").status, 0);
+    EXPECT_EQ(run("new b.xml").status, 0);
+    EXPECT_NE(contents(file("a.xml")), contents(file("b.xml")));  // identifiers of their own
+    EXPECT_EQ(run("check --strict a.xml b.xml").status, 0);
+    EXPECT_EQ(run("copy a.xml a2.xml").status, 0);
+    EXPECT_EQ(contents(file("a.xml")), contents(file("a2.xml")));
+    const Result again = run("new a.xml");
+    EXPECT_EQ(again.status, 1);
+    EXPECT_EQ(again.errors, "kestrel: a.xml exists; --force replaces it\n");
+    EXPECT_EQ(run("new --force a.xml").status, 0);
+
+    EXPECT_EQ(run("generate g.xml --size 300KB --seed 5").status, 0);
+    EXPECT_EQ(run("generate - --size 300KB --seed 5 | cmp - g.xml").status, 0);
+    EXPECT_GE(contents(file("g.xml")).size(), 300'000u);
+    EXPECT_EQ(run("check --strict g.xml").output, "");
+    EXPECT_EQ(run("copy g.xml - | cmp - g.xml").status, 0);
+    EXPECT_EQ(run("copy - - <g.xml | \"$K\" scene copy - piped.xml; cmp piped.xml g.xml").status, 0);
+}
+
+struct FaultRow {
+    const char *name, *from, *to;  // in title.xml
+    const char* faults;            // behind "title.xml:"
+};
+const FaultRow faultRows[] = {
+    {"Version", "version=\"1\" name", "version=\"2\" name", "5: project: version 2 is not known"},
+    {"Missing", " width=\"1920\"", "",
+     "6: composition: attribute width is missing|6: composition: a frame of 0 by 1080 pixels is empty"},
+    {"NotWhole", "in=\"12\"", "in=\"12.5\"", "15: layer: in is \"12.5\", not a whole number"},
+    {"TooLarge", "blend=\"9\"", "blend=\"4294967305\"",
+     "15: layer: blend is \"4294967305\", not a whole number of 32 bits"},
+    {"NoBlendMode", "blend=\"9\"", "blend=\"7\"", "15: layer: there is no blend mode 7"},
+    {"Opacity", "opacity=\"0.35\"", "opacity=\"1.35\"", "29: layer: opacity 1.35 is not in 0 to 1"},
+    {"NotANumber", "opacity=\"0.35\"", "opacity=\"half\"", "29: layer: opacity is \"half\", not a number"},
+    {"Backwards", "out=\"120\"", "out=\"11\"", "15: layer: it ends at frame 11, before it begins at 12"},
+    {"Identifier", "3d28b887", "3d28b88",
+     "5: project: identifier is \"3d28b88bdff14849bd1d1d7d861cfc9\", not 32 "
+     "hexadecimal digits"},
+    {"Twice", "3d28b887bdff14849bd1d1d7d861cfc9", "ac46374a846d97e22f917b6863f690ad",
+     "8: layer: identifier ac46374a846d97e22f917b6863f690ad is used twice"},
+    {"Vector", "960 540 0", "960 540", "18: position: \"960 540\" instead of 3 numbers"},
+    {"Aspect", "aspect=\"1\"", "aspect=\"0\"", "15: layer: pixel aspect 0 is not positive"},
+    {"Infinite", "960 540 0", "960 540 inf", "15: layer: its transform holds a number that is not finite"},
+    {"Model", ">RGB<", ">CMYK<", "8: layer: its solid has the unknown colour model \"CMYK\""},
+    {"Alpha", "alpha=\"1\"", "alpha=\"-1\"", "8: layer: its solid's alpha -1 is not in 0 to 1"},
+    {"Count", "count=\"4\"", "count=\"5\"", "24: keyframes: 4 keys instead of 5"},
+    {"OddKeys", "108 1 120 0", "108 1 120",
+     "24: keyframes hold a frame without a number|"
+     "24: keyframes: 3 keys instead of 4"},
+    {"KeyOrder", "24 1 108", "24 1 8", "24: keyframes: frame 8 does not follow frame 24"},
+    {"Keys", "24 1 108", "24 one 108",
+     "24: keyframes: 0 keys instead of 4|26: values: \"12 0 24 one 108 1 120 0\" "
+     "is no list of numbers"},
+    {"NoParameter", "<parameter>opacity</parameter>", "", "24: keyframes: no parameter is named"},
+    {"NoTimecode", "<timecode>24 FPS</timecode>", "", "6: composition: there is no timecode mode"},
+    {"Source", "grain.mov", "grain.####.mov", "29: layer: source is no URL"},
+    {"SecondSolid", "</solid>", "</solid><solid c0=\"0\" c1=\"0\" c2=\"0\" alpha=\"1\">RGB</solid>",
+     "9: a second solid in one layer"},
+    {"NoProject", "zuml version", "scene version", " there is no project in it"},
+    {"SecondProject", "</project>", "</project><project/>", "46: a second project; the first one is used"},
+};
+class SceneFaults : public SceneCommand, public testing::WithParamInterface<FaultRow> {};
+TEST_P(SceneFaults, AreReportedWithTheirLine) {
+    const FaultRow& row = GetParam();
+    std::string text = contents(samples + "title.xml");
+    const auto at = text.find(row.from);
+    ASSERT_NE(at, std::string::npos);
+    text.replace(at, std::string(row.from).size(), row.to);
+    if (std::string(row.name) == "NoProject") text.replace(text.find("</zuml>"), 7, "</scene>");
+    put("title.xml", text);
+    std::string expected;
+    for (const char *c = row.faults, *start = c;; ++c) {
+        if (*c && *c != '|') continue;
+        expected += "title.xml:" + std::string(start, c) + '\n';
+        if (!*c) break;
+        start = c + 1;
+    }
+    const Result result = run("check title.xml");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, expected);
+}
+INSTANTIATE_TEST_SUITE_P(Rows, SceneFaults, testing::ValuesIn(faultRows),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(SceneCommand, UnknownElementsAreFaultsOnlyWhenAsked) {
+    const std::string sample = samples + "unknown.xml";
+    EXPECT_EQ(run("check --strict " + sample).output,
+              sample + ":5: unknown element <history>\n" + sample + ":10: unknown element <palette>\n" +
+                  sample + ":13: unknown element <marker>\n" + sample + ":16: unknown element <effect>\n" +
+                  sample + ":20: unknown element <twirl>\n");
+    EXPECT_EQ(run("copy " + sample + " out.xml").errors,
+              "kestrel: " + sample + ": left out 5 unknown elements\n");
+}
+
+std::string repeat(const std::string& text, int count) {
+    std::string result;
+    for (int i = 0; i < count; ++i) result += text;
+    return result;
+}
+
+struct BadRow {
+    const char* name;
+    std::string text;
+    int line;  // 0: any place
+};
+const std::string start = "<?xml version=\"1.0\"?>\n<zuml version=\"2.1\">\n<project version=\"1\">\n";
+const BadRow badRows[] = {
+    {"Empty", "", 0},
+    {"Blank", " \n\n", 0},
+    {"Truncated", start + "<composition", 4},
+    {"NotClosed", start + "</project>\n", 5},
+    {"WrongEnd", start + "</zuml>\n", 4},
+    {"Nul", start + std::string("\0", 1) + "</project></zuml>", 4},
+    {"NotUtf8", start + "\xff\xfe</project></zuml>", 4},
+    {"TwoRoots", start + "</project></zuml>\n<zuml/>", 5},
+    {"BadAttribute", start + "<composition width=12/></project></zuml>", 4},
+    {"Random", "\x89PNG\r\n\x1a\n", 1},
+    {"DeepAndOpen", start + repeat("<a>", 100'000), 4},
+};
+class SceneBadDocuments : public SceneCommand, public testing::WithParamInterface<BadRow> {};
+TEST_P(SceneBadDocuments, AreRefusedAndLeaveOutputsWhole) {
+    put("bad.xml", GetParam().text);
+    put("out.xml", "precious");
+    const Result checked = run("check bad.xml");
+    EXPECT_EQ(checked.status, 1);
+    const std::string place =
+        GetParam().line ? "bad.xml:" + std::to_string(GetParam().line) + ": " : std::string("bad.xml:");
+    const auto at = checked.output.rfind("bad.xml:", checked.output.size() - 2);
+    EXPECT_EQ(checked.output.substr(at == std::string::npos ? 0 : at, place.size()), place) << checked.output;
+    EXPECT_EQ(run("copy bad.xml out.xml").status, 1);
+    EXPECT_EQ(run("fingerprint bad.xml").output, "");
+    EXPECT_EQ(run("fingerprint bad.xml").status, 1);
+    EXPECT_EQ(contents(file("out.xml")), "precious");
+    EXPECT_EQ(fileCount(), 2);  // no temporary file stays
+}
+INSTANTIATE_TEST_SUITE_P(Rows, SceneBadDocuments, testing::ValuesIn(badRows),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(SceneCommand, HugeButSoundDocumentsPass) {
+    const std::string sample = contents(samples + "title.xml");
+    std::string deep = sample, wide = sample, laughs = sample;
+    deep.insert(deep.find("</project>"), repeat("<a>", 100'000) + repeat("</a>", 100'000));
+    wide.replace(wide.find("Sky"), 3, std::string(16 << 20, 'S'));
+    laughs.replace(laughs.find("zuxmlscene>"), 11,
+                   "zuxmlscene [<!ENTITY a \"ha\"><!ENTITY b \"" + repeat("&a;", 1000) + "\"><!ENTITY c \"" +
+                       repeat("&b;", 1000) + "\"><!ENTITY d \"" + repeat("&c;", 1000) + "\">]>");
+    laughs.insert(laughs.find("24 FPS"), "&d;");  // gives nothing
+    put("deep.xml", deep);
+    put("wide.xml", wide);
+    put("laughs.xml", laughs);
+    EXPECT_EQ(run("check deep.xml wide.xml laughs.xml").output, "");
+    ASSERT_EQ(run("copy wide.xml wide2.xml").status, 0);
+    EXPECT_TRUE(contents(file("wide2.xml")) == wide);
+    ASSERT_EQ(run("copy laughs.xml laughs2.xml").status, 0);
+    EXPECT_EQ(contents(file("laughs2.xml")), sample);
+}
+
+struct TroubleRow {
+    const char* name;
+    const char* arguments;
+    int status;
+    const char* error;  // a part of what is said
+};
+const TroubleRow troubleRows[] = {
+    {"NoFile", "check none.xml", 2, "kestrel: none.xml: No such file or directory\n"},
+    {"NoFileToCopy", "copy none.xml out.xml", 2, "kestrel: none.xml: No such file or directory\n"},
+    {"Folder", "print .", 2, "kestrel: .: it is a folder\n"},
+    {"IntoFolder", "copy in.xml .", 1, "kestrel: cannot write .: Is a directory\n"},
+    {"NoFolder", "copy in.xml none/out.xml", 1,
+     "kestrel: cannot write none/out.xml: No such file or directory\n"},
+    {"FullDevice", "copy in.xml /dev/full", 1, "kestrel: cannot write /dev/full: No space left on device\n"},
+    {"FullDeviceGenerated", "generate /dev/full --size 200KB", 1, "/dev/full: No space left on device\n"},
+    {"FullStandardOutput", "copy in.xml - >/dev/full", 1, "standard output: No space left on device\n"},
+    {"PrintToFull", "print in.xml >/dev/full", 2, "kestrel: standard output: No space left on device\n"},
+    {"FingerprintToFull", "fingerprint in.xml >/dev/full", 2, "standard output: No space left on device\n"},
+    {"ClosedOutput", "print in.xml >&-", 2, "kestrel: standard output: Bad file descriptor\n"},
+    {"ClosedInput", "check - <&-", 2, "kestrel: -: Bad file descriptor\n"},
+    {"NoSize", "generate x.xml", 106, "--size"},
+    {"BadSize", "generate x.xml --size lots", 105, "--size"},
+};
+class SceneTrouble : public SceneCommand, public testing::WithParamInterface<TroubleRow> {};
+TEST_P(SceneTrouble, GivesAClearErrorAndStatus) {
+    std::filesystem::copy_file(samples + "title.xml", file("in.xml"));
+    const Result result = run(GetParam().arguments);
+    EXPECT_EQ(result.status, GetParam().status) << result.errors;
+    EXPECT_NE(result.errors.find(GetParam().error), std::string::npos) << result.errors;
+    EXPECT_EQ(contents(file("in.xml")), contents(samples + "title.xml"));
+    EXPECT_EQ(fileCount(), 1);
+}
+INSTANTIATE_TEST_SUITE_P(Rows, SceneTrouble, testing::ValuesIn(troubleRows),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(SceneCommand, AReaderThatGoesAwayIsAnErrorNotASignal) {
+    ASSERT_EQ(run("generate g.xml --size 2MB --seed 1").status, 0);
+    ASSERT_EQ(mkfifo(file("gone").c_str(), 0600), 0);
+    for (const std::string job : {"print g.xml", "copy g.xml -"}) {
+        // The shell opens the pipe at both ends, then closes the reading one: nobody reads.
+        const Result result =
+            run("--help >/dev/null; exec 4<>gone 5>gone 4<&-; \"$K\" scene " + job + " >&5");
+        EXPECT_NE(result.status, 0);
+        EXPECT_LT(result.status, 128) << "ended by a signal";
+        EXPECT_NE(result.errors.find("standard output: Broken pipe"), std::string::npos) << result.errors;
+    }
+}
+
+TEST_F(SceneCommand, CopyKeepsModesAndFollowsLinks) {
+    std::filesystem::copy_file(samples + "title.xml", file("real.xml"));
+    std::filesystem::create_symlink("real.xml", file("link.xml"));
+    chmod(file("real.xml").c_str(), 0640);
+    ASSERT_EQ(run("copy " + samples + "names.xml link.xml").status, 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(file("link.xml")));
+    EXPECT_EQ(contents(file("real.xml")), contents(samples + "names.xml"));
+    struct stat status {};
+    stat(file("real.xml").c_str(), &status);
+    EXPECT_EQ(status.st_mode & 07777, 0640u);
+    ASSERT_EQ(run("copy real.xml real.xml").status, 0);  // onto itself
+    EXPECT_EQ(contents(file("real.xml")), contents(samples + "names.xml"));
+    EXPECT_EQ(fileCount(), 2);
+}
+
+TEST_F(SceneCommand, HelpShowsExamples) {
+    for (const char* command : {"", "new", "generate", "check", "print", "copy", "fingerprint"}) {
+        const Result help = run(std::string(command) + " --help");
+        EXPECT_EQ(help.status, 0) << command;
+        EXPECT_NE(help.output.find(std::string("kestrel scene ") + command), std::string::npos)
+            << help.output;
+        EXPECT_NE(help.output.find("Examples:"), std::string::npos) << command;
+    }
+}
+
+}  // namespace
