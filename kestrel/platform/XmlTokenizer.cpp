@@ -27,7 +27,7 @@ XmlTokenizer::XmlTokenizer(std::string_view document, CFIndex cutStatus, std::st
       m_scanner(slice(m_begin, m_end)),
       m_cutStatus(cutStatus),
       m_cutReason(std::move(cutReason)),
-      m_locatedLine(m_begin) {}
+      m_located(m_begin) {}
 
 XmlEvent XmlTokenizer::next() {
     if (m_endPending) {  // the name is still that of the empty-element tag
@@ -369,22 +369,23 @@ XmlEvent XmlTokenizer::fail(CFIndex status, const char* place, std::string descr
     return XmlEvent::Error;
 }
 
+// Goes on from where it last came to, so that asking at every event costs one pass over the document.
 XmlLocation XmlTokenizer::locate() const {
-    if (m_eventStart < m_locatedLine) {
-        m_locatedLine = m_begin;
-        m_locatedNumber = 1;
+    if (m_eventStart < m_located) {
+        m_located = m_begin;
+        m_location = {1, 1};
     }
-    for (;;) {  // a return and a line feed together end one line, as each of them does alone
-        const char* newline = m_locatedLine;
-        while (newline < m_eventStart && *newline != '\n' && *newline != '\r') ++newline;
-        if (newline + 1 < m_end && newline[0] == '\r' && newline[1] == '\n') ++newline;
-        if (newline >= m_eventStart) break;
-        m_locatedLine = newline + 1;
-        ++m_locatedNumber;
+    for (; m_located < m_eventStart; ++m_located) {
+        const char c = *m_located;
+        // A return and a line feed together end one line, as each of them does alone.
+        if (c == '\n' || (c == '\r' && (m_located + 1 == m_end || m_located[1] != '\n'))) {
+            ++m_location.line;
+            m_location.column = 1;
+        } else if ((c & 0xC0) != 0x80) {
+            ++m_location.column;
+        }
     }
-    const auto characters =
-        std::count_if(m_locatedLine, m_eventStart, [](char c) { return (c & 0xC0) != 0x80; });
-    return {m_locatedNumber, static_cast<std::size_t>(characters) + 1};
+    return m_location;
 }
 
 }  // namespace kestrel::detail

@@ -151,8 +151,8 @@ private:
     std::string m_description;
     CFIndex m_cutStatus;
     std::string m_cutReason;
-    mutable const char* m_locatedLine;  // the start of the last line that locate() counted to
-    mutable std::size_t m_locatedNumber = 1;
+    mutable const char* m_located;  // how far locate() has counted
+    mutable XmlLocation m_location{1, 1};
 };
 
 }  // namespace kestrel::detail
