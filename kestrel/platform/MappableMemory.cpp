@@ -32,6 +32,7 @@ using Clock = std::chrono::steady_clock;
 constexpr char label[] = "kestrel bitmap";
 constexpr std::size_t smallestKept = 64 * 1024;
 constexpr std::size_t smallestLabelled = 200 * 1024;
+constexpr std::size_t mostLabelled = 8192;  // each label is a mapping, and the system limits their number
 constexpr std::size_t smallestHuge = 2 * 1024 * 1024;
 constexpr double idleSeconds = 5;
 
@@ -127,11 +128,14 @@ void* mapAnonymous(std::size_t size) {
     void* start = ::mmap(nullptr, size + before, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (start == MAP_FAILED) return nullptr;
     if (before) {
-        // The label is a service to people: a region without one is as good.
-        ::mprotect(start, before, PROT_NONE);
         const std::scoped_lock lock(memory().mutex);
-        if (const auto file = backingFile(memory()))
-            ::mmap(start, before, PROT_NONE, MAP_SHARED | MAP_FIXED, file->descriptor, 0);
+        if (memory().regions.size() < mostLabelled) {
+            // The label is a service to people: a region without one is as good.
+            const auto file = backingFile(memory());
+            if (!file ||
+                ::mmap(start, before, PROT_NONE, MAP_SHARED | MAP_FIXED, file->descriptor, 0) == MAP_FAILED)
+                ::mprotect(start, before, PROT_NONE);
+        }
     }
     void* address = static_cast<char*>(start) + before;
     if (kernelNamesMemory()) ::prctl(PR_SET_VMA, PR_SET_VMA_ANON_NAME, address, size, label);

@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <numeric>
 #include <string>
@@ -245,6 +246,17 @@ TEST(KSBitmapStorage, TensOfThousandsLiveUnderTheDefaultLimitsAndGiveTheirPagesB
     bitmaps.clear();
     EXPECT_EQ(KSBitmapMemory::getRegionCount(), before);
     EXPECT_LT(residentPages(), pages + static_cast<long>(count) / 4);
+}
+
+TEST(KSBitmapStorage, TheMapsNameLargeRegionsOfWhichTensOfThousandsMayLiveToo) {
+    std::vector<std::unique_ptr<KSBitmap>> bitmaps;
+    for (std::size_t i = 0; i < 40000; ++i) {
+        bitmaps.emplace_back(KSCreateBitmap(256, 256, 0));
+        ASSERT_NE(bitmaps.back()->getData(), nullptr) << i;
+    }
+    std::ifstream maps("/proc/self/maps");
+    const std::string text((std::istreambuf_iterator<char>(maps)), std::istreambuf_iterator<char>());
+    EXPECT_THAT(text, HasSubstr("kestrel bitmap"));
 }
 
 // ---- Reuse

@@ -13,8 +13,8 @@
 //            before the fork: neither writes new regions into that file or cuts holes into it afterwards;
 //            its pages go when both have released them.
 // Labels     the maps of the process call anonymous regions "kestrel bitmap" where the kernel can name
-//            them; where it cannot, regions of 200 KiB and more follow an inaccessible page that bears the
-//            name (memory tools list it just below the region), which stops stray writes too.
+//            them; where it cannot, regions of 200 KiB and more (while there are fewer than 8192) follow an
+//            inaccessible page that bears the name, which stops stray writes too.
 // Threads    every function may be called on any thread.
 // Errors     results are errno values, 0 for success.
 #pragma once
