@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <random>
 #include <stdexcept>
@@ -126,13 +125,11 @@ int writeDocument(const std::string& path, const Fill& fill) {
         errno = 0;
         const int status = fill(writer, file);
         if (status != 0) return status;
-        if (!writer.end()) {
-            throw std::runtime_error(errno ? std::strerror(errno) : "not all of it could be written");
-        }
+        if (!writer.end()) file.fail(errno);
         file.commit();
         return 0;
     } catch (const std::exception& error) {
-        complain("cannot write " + (path == "-" ? "standard output" : path) + ": " + error.what());
+        complain(std::string("cannot write ") + error.what());
         return faulty;
     }
 }

@@ -6,33 +6,31 @@
 #include <memory>
 #include <string>
 
+#include "../AtomicFile.h"
+
 namespace kestrel::tools::scene {
 
-/// A document is written to a file of its own first, and takes the place of path only when all of it is
-/// safely on disk: until commit() has returned, whatever stood there stands. For "-" and for what is no
-/// regular file (a pipe, a device) the finished document is sent there instead.
+/// A scene document that takes the place of path only when all of it is safely on disk; see AtomicFile.
 ///
-/// Errors     std::runtime_error with the reason.
+/// Errors     std::runtime_error of "PATH: reason".
 class DocumentFile {
 public:
-    explicit DocumentFile(std::string path);
+    explicit DocumentFile(const std::string& path);
     ~DocumentFile();  ///< without commit, nothing has happened
     DocumentFile(const DocumentFile&) = delete;
     DocumentFile& operator=(const DocumentFile&) = delete;
 
     KSFileWriteStream& stream();
-    unsigned long long size() const;  ///< bytes handed to the stream so far
+    unsigned long long size() const { return m_size; }  ///< bytes handed to the stream so far
     void commit();
+    /// Throws the error of errno, or a general one when that is 0.
+    [[noreturn]] void fail(int error) const;
 
 private:
     class Stream;
 
-    void replace();
-    void send();
-
-    std::string m_path;       // where the document goes in the end, links resolved
-    std::string m_temporary;  // where it is; empty once it has gone
-    bool m_replaces;
+    AtomicFile m_file;
+    std::string m_path;
     std::unique_ptr<Stream> m_stream;
     unsigned long long m_size = 0;
 };
