@@ -11,6 +11,8 @@ struct Exit {
 };
 
 void addArmor(CLI::App& app);
+void addColor(CLI::App& app);
+void addFrames(CLI::App& app);  // only where OpenImageIO was found
 void addDate(CLI::App& app);
 void addInfo(CLI::App& app);
 void addScene(CLI::App& app);

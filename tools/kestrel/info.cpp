@@ -2,20 +2,14 @@
 #include <kestrel/Kestrel.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
 #include <string>
 
 #include "Commands.h"
+#include "Text.h"
 
 namespace kestrel::tools {
 
 namespace {
-
-std::string utf8(const KSString& string) {
-    const std::unique_ptr<char, decltype(&std::free)> text(string.createUTF8Str(), &std::free);
-    return text ? text.get() : "";
-}
 
 void line(const char* name, const std::string& value) { std::printf("%-22s %s\n", name, value.c_str()); }
 

@@ -9,6 +9,10 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "kestrel " KESTREL_VERSION_STRING);
     app.require_subcommand(1);
     addArmor(app);
+    addColor(app);
+#ifdef KESTREL_HAVE_IMAGES
+    addFrames(app);
+#endif
     addDate(app);
     addInfo(app);
     addScene(app);

@@ -1,0 +1,47 @@
+// tools/kestrel/Terminal.h - what a terminal can show, progress, and Ctrl-C.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <mutex>
+#include <string>
+
+namespace kestrel::tools {
+
+/// How many colours standard output shows: 0 when it is no terminal (or NO_COLOR is set), 16, 256 or
+/// 16777216.
+int terminalColors();
+
+/// True once the user has pressed Ctrl-C. The first one only asks for an end; the second ends the process.
+bool isInterrupted();
+/// From now on Ctrl-C sets isInterrupted instead of ending the process.
+void catchInterrupts();
+
+/// Progress of a known number of steps: a bar with the rate on a terminal, a line a step otherwise.
+///
+/// Threads    any thread may report.
+class Progress {
+public:
+    /// @param unit  what a step is called in plural, such as "frames"
+    Progress(std::size_t total, std::string unit);
+    ~Progress();
+    /// One step is done; line says which, and is printed where there is no bar.
+    void step(const std::string& line);
+    /// Prints a message of its own above the bar, to standard error.
+    void say(const std::string& message);
+    double getSeconds() const;
+
+private:
+    void draw();
+    void erase();
+
+    const std::size_t m_total;
+    const std::string m_unit;
+    const bool m_hasBar;
+    const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point m_drawn{};
+    std::mutex m_mutex;
+    std::size_t m_done = 0;
+};
+
+}  // namespace kestrel::tools

@@ -1,0 +1,67 @@
+#include "TestPicture.h"
+
+#include <kestrel/color/KSColor.h>
+#include <kestrel/imaging/KSBitmap.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <numbers>
+
+#include "../Terminal.h"
+#include "Convert.h"
+#include "FrameList.h"
+#include "Sheet.h"
+
+namespace kestrel::tools {
+
+BitmapPointer makeTestPicture(unsigned int width, unsigned int height, float phase, const std::string& what) {
+    BitmapPointer picture = makeBitmap(width, height, 1, what);
+    KSMakeCheckerImage(picture->getData(), width, height);
+    picture->convertToRGBA();
+
+    constexpr float turn = 2 * std::numbers::pi_v<float>;
+    const auto w = static_cast<float>(width);
+    const auto h = static_cast<float>(height);
+    const float radius = 0.3f * h;
+    const float centreX = w * (0.5f + 0.25f * std::sin(turn * phase));
+    const float centreY = h * (0.5f + 0.12f * std::sin(2 * turn * phase));
+    std::uint8_t* pixel = picture->getData();
+    for (unsigned int y = 0; y < height; ++y)
+        for (unsigned int x = 0; x < width; ++x, pixel += 4) {
+            const float dx = static_cast<float>(x) + 0.5f - centreX;
+            const float dy = static_cast<float>(y) + 0.5f - centreY;
+            const float distance = std::hypot(dx, dy) / radius;
+            float hue = 360 * (std::atan2(dy, dx) / turn + phase);
+            hue -= 360 * std::floor(hue / 360);
+            KSColor color(KSColor::HSV, std::min(hue, 359.999f), std::min(distance, 1.0f), 1, 1);
+            color.convertToRGB();
+            color.clamp();
+            const KSColor board(KSColor::RGB, static_cast<float>(pixel[0]) / 1020,
+                                static_cast<float>(pixel[1]) / 1020, static_cast<float>(pixel[2]) / 850, 1);
+            color.mix(board, std::clamp((distance - 0.98f) * 50, 0.0f, 1.0f));
+            const float values[] = {color.c0, color.c1, color.c2, std::clamp(2.2f - distance, 0.25f, 1.0f)};
+            for (int c = 0; c < 4; ++c) pixel[c] = static_cast<std::uint8_t>(std::lround(values[c] * 255));
+        }
+    return picture;
+}
+
+int makeTestSequence(const TestOptions& options) {
+    const KSBitDepth::Type depth = bestDepthFor(options.output, options.depth);
+    const int count = options.last - options.first + 1;
+    Progress progress(static_cast<std::size_t>(count), "frames");
+    catchInterrupts();
+    for (int number = options.first; number <= options.last && !isInterrupted(); ++number) {
+        const int index = number - options.first;
+        const std::string path =
+            FrameList::outputPath(options.output, static_cast<std::size_t>(index), number);
+        BitmapPointer picture = makeTestPicture(options.width, options.height,
+                                                static_cast<float>(index) / static_cast<float>(count), path);
+        drawText(*picture, 8, 8, std::to_string(number), std::max(1u, options.height / 90));
+        writeImage(path, *convertBitmap(std::move(picture), Conversion{}, depth, path));
+        progress.step(path);
+    }
+    return isInterrupted() ? 130 : 0;
+}
+
+}  // namespace kestrel::tools

@@ -1,0 +1,24 @@
+// tools/kestrel/frames/TestPicture.h - a moving picture to try things on.
+#pragma once
+
+#include <string>
+
+#include "ImageFile.h"
+
+namespace kestrel::tools {
+
+struct TestOptions {
+    std::string output;
+    unsigned int width = 480, height = 270;
+    int first = 1, last = 24;
+    KSBitDepth::Type depth = KSBitDepth::HALF;
+};
+
+/// A disc of all hues that turns and wanders over a checkerboard seen through a soft edge; straight alpha.
+/// @param phase  0 to 1, once round
+BitmapPointer makeTestPicture(unsigned int width, unsigned int height, float phase, const std::string& what);
+
+/// Writes the frames first to last of a sequence with its numbers burnt in; the status of the command.
+int makeTestSequence(const TestOptions& options);
+
+}  // namespace kestrel::tools
