@@ -119,8 +119,9 @@ void readRows(OIIO::ImageInput& input, KSBitmap& bitmap, OIIO::TypeDesc type, Co
     std::vector<Component> pixels(static_cast<std::size_t>(spec.width) *
                                   static_cast<std::size_t>(spec.height) *
                                   static_cast<std::size_t>(spec.nchannels));
-    if (!input.read_image(0, 0, 0, spec.nchannels, type, pixels.data())) {
-        std::string error = input.geterror();
+    const bool isRead = input.read_image(0, 0, 0, spec.nchannels, type, pixels.data());
+    if (!isRead || input.has_error()) {
+        const std::string error = input.geterror();
         throw ImageError(path + ": " + (error.empty() ? "damaged" : error));
     }
     const int width = static_cast<int>(bitmap.getWidth());
