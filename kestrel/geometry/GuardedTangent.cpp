@@ -26,8 +26,7 @@ double reduceLarge(double angle) {
 
 }  // namespace
 
-double guardedTangent(double angle) {
-    if (angle == 0) return 0;
+double guardedTangentOf(double angle) {
     if (angle > 64) angle = reduceLarge(angle);
     if (angle < -64) angle = -reduceLarge(-angle);  // rounding is symmetric
     while (angle < 0) angle += pi;

@@ -5,13 +5,11 @@
 namespace {
 
 constexpr double epsilon = 3e-7;
+constexpr double floorOfTerms = 1e-30;
 constexpr double gammalnOfHalf = 0.57236494292474305;  // KSMath::gammaln(0.5)
 
-/// e^(-z + ln(z) / 2 - gammalnOfHalf), the factor that both expansions share.
-double factor(double z) {
-    static const double scale = std::exp(-gammalnOfHalf);
-    return std::exp(-z) * std::sqrt(z) * scale;
-}
+/// The factor that both expansions share.
+double factor(double z) { return std::exp(-z + 0.5 * std::log(z) - gammalnOfHalf); }
 
 /// P(1/2, z) by its series, for 0 < z < 1.5. It ends long before its limit of 100 terms.
 double series(double z) {
@@ -24,23 +22,24 @@ double series(double z) {
     return sum * factor(z);
 }
 
-/// P(1/2, z) by its continued fraction, for z >= 1.5. The rounds and their end are those of Lentz's method,
-/// which divides twice a round to get the ratio of one convergent to the one before; here numerators a and
-/// denominators b stay apart, and the ratio is compared without a division.
+/// P(1/2, z) by its continued fraction (Lentz's method as modified by Thompson and Barnett), for z >= 1.5.
 double continuedFraction(double z) {
     if (z > 40)
         return std::isinf(z) ? std::nan("") : 1;  // 1 less what a double cannot show; infinity - infinity
-    double step = z + 0.5;
-    double a0 = 0, a1 = 1, b0 = 1, b1 = step;
+    double b = z + 0.5;
+    double c = 1e30, d = 1 / b, h = d;
     for (int i = 1; i <= 100; ++i) {
         const double an = -i * (i - 0.5);
-        step += 2;
-        const double a2 = step * a1 + an * a0, b2 = step * b1 + an * b0;
-        const bool ended = std::abs(a2 * b1 - a1 * b2) < epsilon * (a1 * b2);
-        a0 = a1, a1 = a2, b0 = b1, b1 = b2;
-        if (ended) break;
+        b += 2;
+        d = an * d + b;
+        d = std::abs(d) < floorOfTerms ? 1e30 : 1 / d;
+        c = b + an / c;
+        if (std::abs(c) < floorOfTerms) c = floorOfTerms;
+        const double ratio = d * c;
+        h *= ratio;
+        if (std::abs(ratio - 1) < epsilon) break;
     }
-    return 1 - a1 / b1 * factor(z);
+    return 1 - h * factor(z);
 }
 
 }  // namespace

@@ -53,7 +53,8 @@ void KSMatrix33::setTransformation(double tx, double ty, double rotation, double
     const auto [c, s] = Rotation(rotation);
     const double kx = guardedTangent(shearX), ky = guardedTangent(shearY);
     m00 = (c - s * ky) * sx;
-    m01 = (c * kx - s) * sy / aspect;
+    m01 = (c * kx - s) * sy;
+    if (aspect != 1) m01 /= aspect;
     m02 = tx - px * m00 - py * m01;
     m10 = aspect * (c * ky + s) * sx;
     m11 = (c + s * kx) * sy;

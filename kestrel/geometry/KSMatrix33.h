@@ -41,9 +41,8 @@ public:
     constexpr double determinant() const noexcept {
         return m00 * (m11 * m22 - m12 * m21) + m01 * (m12 * m20 - m22 * m10) + m02 * (m21 * m10 - m11 * m20);
     }
-    /// Every cofactor, transposed, over the determinant (times its reciprocal, unless that is too small or
-    /// too large to be exact to the last digit or two). False, and nothing changes, if the determinant is
-    /// exactly 0; there is no tolerance.
+    /// Every cofactor, transposed, divided by the determinant. False, and nothing changes, if the determinant
+    /// is exactly 0; there is no tolerance.
     constexpr bool invert() noexcept;
 
     constexpr void translate(double tx, double ty) noexcept {
@@ -140,9 +139,6 @@ public:
     void decompose(double* tx, double* ty, double* rotation, double* sx, double* sy, double* shear) const;
 
 private:
-    constexpr KSMatrix33 times(double f) const noexcept {
-        return {m00 * f, m01 * f, m02 * f, m10 * f, m11 * f, m12 * f, m20 * f, m21 * f, m22 * f};
-    }
     constexpr KSMatrix33 over(double f) const noexcept {
         return {m00 / f, m01 / f, m02 / f, m10 / f, m11 / f, m12 / f, m20 / f, m21 / f, m22 / f};
     }
@@ -155,9 +151,7 @@ constexpr bool KSMatrix33::invert() noexcept {
     const KSMatrix33 cofactors(c00, (m02 * m21 - m01 * m22), (m01 * m12 - m02 * m11),  //
                                c01, (m00 * m22 - m02 * m20), (m02 * m10 - m00 * m12),  //
                                c02, (m01 * m20 - m00 * m21), (m00 * m11 - m01 * m10));
-    const double reciprocal = 1 / det;
-    const bool isSafe = kestrel::detail::isNormal(reciprocal);  // else it has lost digits, or all of them
-    *this = isSafe ? cofactors.times(reciprocal) : cofactors.over(det);
+    *this = cofactors.over(det);
     return true;
 }
 

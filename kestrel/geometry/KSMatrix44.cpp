@@ -148,7 +148,8 @@ void KSMatrix44::setTransformation(double tx, double ty, double tz, double rx, d
     const double r20 = -sY, r21 = sX * cY, r22 = cX * cY;
     const double kx = guardedTangent(shearX), ky = guardedTangent(shearY);
     m00 = (r00 + ky * r01) * sx;
-    m01 = (kx * r00 + r01) * sy / aspect;
+    m01 = (kx * r00 + r01) * sy;
+    if (aspect != 1) m01 /= aspect;
     m02 = r02 * sz;
     m10 = (r10 + ky * r11) * sx * aspect;
     m11 = (kx * r10 + r11) * sy;

@@ -5,9 +5,11 @@
 #include <kestrel/geometry/KSVector3.h>
 #include <kestrel/geometry/KSVector4.h>
 #include <kestrel/geometry/detail/Arithmetic.h>
+#include <kestrel/geometry/detail/Pair.h>
 #include <kestrel/platform/Export.h>
 
 #include <span>
+#include <type_traits>
 
 /// A 4x4 matrix of doubles, for affine and projective transforms of points in space.
 ///
@@ -19,9 +21,8 @@
 /// Threads    as any plain value.
 /// Errors     invert() and getTransformation() answer false. NaN and infinities go through the arithmetic;
 ///            where a result is an int, the nearest limit stands for what int cannot hold, and 0 for NaN.
-/// Source     the inverse by Laplace's expansion in 2x2 minors; getTransformation after Thomas, "Decomposing
-/// a
-///            Matrix into Simple Transformations", 1991.
+/// Source     the inverse by Laplace's expansion in 2x2 minors; getTransformation after Thomas,
+///            "Decomposing a Matrix into Simple Transformations", 1991.
 /// Example
 ///     KSMatrix44 m(0, 0, 500, 0, 0.5, 0, 1, 1, 1, 0, 0, 960, 540, 0, 1);
 ///     m.transform(points);  // every point of a span, in place
@@ -69,9 +70,8 @@ public:
     }
 
     constexpr double determinant() const noexcept { return Minors(*this).determinant(); }
-    /// Every cofactor, transposed, over the determinant (times its reciprocal, unless that is too small or
-    /// too large to be exact to the last digit or two). False, and nothing changes, if the determinant is
-    /// exactly 0; there is no tolerance.
+    /// Every cofactor, transposed, divided by the determinant. False, and nothing changes, if the determinant
+    /// is exactly 0; there is no tolerance.
     constexpr bool invert() noexcept;
 
     /// An amount of exactly 0 is skipped, which shows where the fourth row is not finite.
@@ -189,14 +189,8 @@ public:
                            double* sy, double* sz, double* shearXZ, double* shearYZ) const;
 
 private:
-    constexpr KSMatrix44 times(double f) const noexcept {
-        return {m00 * f, m01 * f, m02 * f, m03 * f, m10 * f, m11 * f, m12 * f, m13 * f,
-                m20 * f, m21 * f, m22 * f, m23 * f, m30 * f, m31 * f, m32 * f, m33 * f};
-    }
-    constexpr KSMatrix44 over(double f) const noexcept {
-        return {m00 / f, m01 / f, m02 / f, m03 / f, m10 / f, m11 / f, m12 / f, m13 / f,
-                m20 / f, m21 / f, m22 / f, m23 / f, m30 / f, m31 / f, m32 / f, m33 / f};
-    }
+    template <class Pair>
+    constexpr bool invertBy() noexcept;
 
     /// The 2x2 minors of the upper two rows (s) and of the lower two (c), by their columns.
     struct Minors {
@@ -220,30 +214,37 @@ private:
     };
 };
 
-constexpr bool KSMatrix44::invert() noexcept {
-    const Minors n(*this);
-    const double det = n.determinant();
+template <class Pair>
+constexpr bool KSMatrix44::invertBy() noexcept {
+    // One column each: rows 1 and 0, rows 3 and 2, rows 0 and 2, rows 1 and 3.
+    const Pair a0(m10, m00), a1(m11, m01), a2(m12, m02), a3(m13, m03);
+    const Pair b0(m30, m20), b1(m31, m21), b2(m32, m22), b3(m33, m23);
+    const Pair p0(m00, m20), p1(m01, m21), p2(m02, m22), p3(m03, m23);
+    const Pair q0(m10, m30), q1(m11, m31), q2(m12, m32), q3(m13, m33);
+    // The 2x2 minors by their columns: first those of rows 0 and 1 (s), then those of rows 2 and 3 (c).
+    const Pair n01 = p0 * q1 - p1 * q0, n02 = p0 * q2 - p2 * q0, n03 = p0 * q3 - p3 * q0;
+    const Pair n12 = p1 * q2 - p2 * q1, n13 = p1 * q3 - p3 * q1, n23 = p2 * q3 - p3 * q2;
+    const auto s = [](const Pair& n) { return Pair(n.first(), n.first()); };
+    const auto c = [](const Pair& n) { return Pair(n.second(), n.second()); };
+    const Pair s01 = s(n01), s02 = s(n02), s03 = s(n03), s12 = s(n12), s13 = s(n13), s23 = s(n23);
+    const Pair c01 = c(n01), c02 = c(n02), c03 = c(n03), c12 = c(n12), c13 = c(n13), c23 = c(n23);
+    const double det = (s01 * c23 - s02 * c13 + s03 * c12 + s12 * c03 - s13 * c02 + s23 * c01).first();
     if (det == 0) return false;
-    const KSMatrix44 cofactors((m11 * n.c23 - m12 * n.c13 + m13 * n.c12),  //
-                               (m02 * n.c13 - m01 * n.c23 - m03 * n.c12),  //
-                               (m31 * n.s23 - m32 * n.s13 + m33 * n.s12),  //
-                               (m22 * n.s13 - m21 * n.s23 - m23 * n.s12),  //
-                               (m12 * n.c03 - m10 * n.c23 - m13 * n.c02),  //
-                               (m00 * n.c23 - m02 * n.c03 + m03 * n.c02),  //
-                               (m32 * n.s03 - m30 * n.s23 - m33 * n.s02),  //
-                               (m20 * n.s23 - m22 * n.s03 + m23 * n.s02),  //
-                               (m10 * n.c13 - m11 * n.c03 + m13 * n.c01),  //
-                               (m01 * n.c03 - m00 * n.c13 - m03 * n.c01),  //
-                               (m30 * n.s13 - m31 * n.s03 + m33 * n.s01),  //
-                               (m21 * n.s03 - m20 * n.s13 - m23 * n.s01),  //
-                               (m11 * n.c02 - m10 * n.c12 - m12 * n.c01),  //
-                               (m00 * n.c12 - m01 * n.c02 + m02 * n.c01),  //
-                               (m31 * n.s02 - m30 * n.s12 - m32 * n.s01),  //
-                               (m20 * n.s12 - m21 * n.s02 + m22 * n.s01));
-    const double reciprocal = 1 / det;
-    const bool isSafe = kestrel::detail::isNormal(reciprocal);  // else it has lost digits, or all of them
-    *this = isSafe ? cofactors.times(reciprocal) : cofactors.over(det);
+    const Pair even(det, -det), odd(-det, det);  // with the signs of the cofactors
+    const Pair i00 = (a1 * c23 - a2 * c13 + a3 * c12) / even, i02 = (b1 * s23 - b2 * s13 + b3 * s12) / even;
+    const Pair i10 = (a0 * c23 - a2 * c03 + a3 * c02) / odd, i12 = (b0 * s23 - b2 * s03 + b3 * s02) / odd;
+    const Pair i20 = (a0 * c13 - a1 * c03 + a3 * c01) / even, i22 = (b0 * s13 - b1 * s03 + b3 * s01) / even;
+    const Pair i30 = (a0 * c12 - a1 * c02 + a2 * c01) / odd, i32 = (b0 * s12 - b1 * s02 + b2 * s01) / odd;
+    *this = KSMatrix44(i00.first(), i00.second(), i02.first(), i02.second(),  //
+                       i10.first(), i10.second(), i12.first(), i12.second(),  //
+                       i20.first(), i20.second(), i22.first(), i22.second(),  //
+                       i30.first(), i30.second(), i32.first(), i32.second());
     return true;
+}
+
+constexpr bool KSMatrix44::invert() noexcept {
+    return std::is_constant_evaluated() ? invertBy<kestrel::detail::PlainPair>()
+                                        : invertBy<kestrel::detail::VectorPair>();
 }
 
 constexpr KSMatrix44 KSMatrix44::operator*(const KSMatrix44& b) const noexcept {

@@ -46,6 +46,41 @@ TYPED_TEST(MatrixIdentity, DeterminantsAndInversesEqualTheReference) {
     EXPECT_GT(inverted, 1000);
 }
 
+TEST(MatrixInverse, EveryEntryIsItsCofactorDividedByTheDeterminant) {
+    std::mt19937 random(5);
+    for (int i = 0; i < 2000; ++i) {
+        const auto m = randomMatrix<KSMatrix33>(random);
+        const double det = m.determinant();
+        const KSMatrix33 divided((m.m11 * m.m22 - m.m21 * m.m12) / det, (m.m02 * m.m21 - m.m01 * m.m22) / det,
+                                 (m.m01 * m.m12 - m.m02 * m.m11) / det, (m.m12 * m.m20 - m.m22 * m.m10) / det,
+                                 (m.m00 * m.m22 - m.m02 * m.m20) / det, (m.m02 * m.m10 - m.m00 * m.m12) / det,
+                                 (m.m21 * m.m10 - m.m11 * m.m20) / det, (m.m01 * m.m20 - m.m00 * m.m21) / det,
+                                 (m.m00 * m.m11 - m.m01 * m.m10) / det);
+        auto inverse = m;
+        ASSERT_TRUE(inverse.invert());
+        ASSERT_TRUE(sameBits(inverse, divided));
+
+        // A diagonal makes a cofactor that is easy to write down in space, too.
+        const KSMatrix44 diagonal(m.m00, 0, 0, 0, 0, m.m11, 0, 0, 0, 0, m.m22, 0, 0, 0, 0, 1);
+        auto reciprocals = diagonal;
+        ASSERT_TRUE(reciprocals.invert());
+        EXPECT_EQ(reciprocals.m00, m.m11 * m.m22 / diagonal.determinant());
+        EXPECT_EQ(reciprocals.m33, m.m00 * m.m11 * m.m22 / diagonal.determinant());
+    }
+}
+
+TEST(MatrixInverse, ConstantExpressionsGiveTheBitsOfTheVectorCode) {
+    constexpr KSMatrix44 matrix(0.1, 2.3, -0.7, 4, 1.9, -0.3, 0.8, 5, -2.2, 0.6, 1.7, -6, 0.01, 0.02, 0.3,
+                                1.1);
+    constexpr KSMatrix44 constant = [](KSMatrix44 m) {
+        m.invert();
+        return m;
+    }(matrix);
+    auto inverse = matrix;
+    ASSERT_TRUE(inverse.invert());
+    EXPECT_TRUE(sameBits(inverse, constant));
+}
+
 TYPED_TEST(MatrixIdentity, TransposesSwapEveryPair) {
     std::mt19937 random(3);
     const auto a = randomMatrix<TypeParam>(random);

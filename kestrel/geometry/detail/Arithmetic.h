@@ -7,8 +7,9 @@ namespace kestrel::detail {
 
 /// a * b, rounded before anything is added to it. A caller's compiler that fuses a multiply and an add
 /// (the default of some, once the processor can) would otherwise give inline functions other bits than the
-/// library's own vector code gives.
-constexpr double product(double a, double b) noexcept {
+/// library's own vector code gives. T is double, or a vector of doubles.
+template <class T>
+constexpr T product(T a, T b) noexcept {
 #if defined(__clang__)
 #pragma clang fp contract(off)
     return a * b;
@@ -35,12 +36,6 @@ inline constexpr double matrixTolerance = 1e-7;
 constexpr bool isNear(double a, double b) noexcept {
     const double difference = a - b;
     return difference < matrixTolerance && difference > -matrixTolerance;  // false for NaN
-}
-
-/// Neither 0, denormal, infinite nor NaN.
-constexpr bool isNormal(double v) noexcept {
-    const double magnitude = v < 0 ? -v : v;
-    return magnitude >= std::numeric_limits<double>::min() && magnitude <= std::numeric_limits<double>::max();
 }
 
 /// floor(v + 0.5 + 1e-7): the pixel that a coordinate rounds to. Beyond the range of int the nearest limit,
