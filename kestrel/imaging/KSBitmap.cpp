@@ -49,8 +49,9 @@ bool regionSize(std::uint64_t width, std::uint64_t height, std::uint64_t bits, s
     const std::uint64_t inPixels = saturatedProduct(saturatedProduct(width + padding, height), pixelBytes);
     const std::uint64_t row = std::min(saturatedProduct(width, pixelBytes), limit);
     const std::uint64_t needed = std::max(inPixels, saturatedProduct(row + padding, height));
-    // The largest number on the way is the payload (twice that for 4:2:2) with the rounding and a page.
-    const std::uint64_t largestPayload = (limit - 33791 - 4096) / (is422 ? 2 : 1);
+    // The largest number on the way is the payload (twice that for 4:2:2) plus 33791; rounded down to 32 KiB
+    // it leaves room for the last page.
+    const std::uint64_t largestPayload = (limit - 33791) / (is422 ? 2 : 1);
     if (wideBits > limit || std::max(payload, needed) > largestPayload) return false;
     std::uint64_t rounded = roundedSize<std::uint64_t>(payload, is422);
     if (rounded < needed) rounded = roundedSize<std::uint64_t>(needed, is422);

@@ -42,7 +42,7 @@ void copyRotated(KSBitmap& destination, const KSBitmap& source, std::size_t widt
 }
 
 /// Columns left to right of one row of a 4:2:2 window that starts at the odd source column x: luma as it is;
-/// chroma the rounded mean of the source's samples on both sides, as far as the source has them.
+/// chroma the rounded mean of the samples on both sides, as far as the source's row of sourceWidth has them.
 void copyOddRow422(std::uint8_t* to, const std::uint8_t* from, std::int64_t x, std::int64_t left,
                    std::int64_t right, std::int64_t sourceWidth) {
     for (std::int64_t column = left; column < right; ++column) {
@@ -124,6 +124,7 @@ void KSBitmap::copyWithCropping(const KSBitmap& source, int x, int y, bool flipp
     if (pixelBytes == 0 || pixelBytes != std::size_t{source.m_channels} * (source.m_bitsPerChannel / 8))
         return;
     if (is422 != (m_pixelFormat == KSPixelInfoYUV8::format)) return;
+    if (!m_data || !source.m_data) return;
 
     // The part of the window inside the source, in columns of this bitmap.
     const std::int64_t left = std::max<std::int64_t>(0, -std::int64_t{x});
@@ -143,7 +144,7 @@ void KSBitmap::copyWithCropping(const KSBitmap& source, int x, int y, bool flipp
         if (count == 0) continue;
         if (is422 && (x & 1))
             copyOddRow422(m_data + to, source.m_data + from, x, left, left + static_cast<std::int64_t>(count),
-                          source.m_width);
+                          static_cast<std::int64_t>(itemsInside(source, from, source.m_width, pixelBytes)));
         else
             std::memmove(m_data + toPixel, source.m_data + fromPixel, count * pixelBytes);
     }

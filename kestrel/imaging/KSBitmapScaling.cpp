@@ -10,6 +10,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <optional>
 #include <type_traits>
 
 namespace {
@@ -80,6 +81,7 @@ void scaleRows(KSBitmap& destination, const KSBitmap& source, Convert convert) {
         }
         const std::size_t fromStart = std::size_t{row} * sourceWidth * sizeof(From);
         const std::size_t inside = itemsInside(source, fromStart, sourceWidth, sizeof(From));
+        if (inside == 0) return;
         const auto* from = reinterpret_cast<const From*>(source.getData() + fromStart);
         if (sameColumns) {
             count = std::min(count, inside);
@@ -118,6 +120,8 @@ void convertPixels(To* to, const From* from, std::size_t count) {
     constexpr bool fromARGB = From::Info::format == KSPixelInfoARGB8::format;
     constexpr bool toARGB = To::Info::format == KSPixelInfoARGB8::format;
     auto* target = to->components;
+    if constexpr (std::is_same_v<To, From>)
+        if (to == from) return;           // a bitmap onto itself
     if constexpr (fromARGB && !toARGB) {  // reordered in pieces that stay in the cache
         constexpr std::size_t piece = 256;
         std::uint8_t reordered[4 * piece];
@@ -164,14 +168,14 @@ class ScalingSource {
 public:
     explicit ScalingSource(const KSBitmap& source) : m_source(&source) {
         if (source.getPixelFormat() != KSPixelInfoYUV8::format) return;
-        m_argb = std::make_unique<KSBitmapARGB8>(source.getWidth(), source.getHeight());
+        m_argb.emplace(source.getWidth(), source.getHeight());
         m_argb->copy(source);
-        m_source = m_argb.get();
+        m_source = &*m_argb;
     }
     const KSBitmap& get() const { return *m_source; }
 
 private:
-    std::unique_ptr<KSBitmapARGB8> m_argb;
+    std::optional<KSBitmapARGB8> m_argb;
     const KSBitmap* m_source;
 };
 

@@ -20,7 +20,7 @@ public:
     KSImage(std::uint32_t width, std::uint32_t height, std::uint32_t bitsPerChannel, std::uint32_t channels,
             std::uint32_t rowPadding);
     KSImage(const KSImage&) = default;
-    KSImage& operator=(const KSImage&) = default;
+    KSImage& operator=(const KSImage&) = delete;  // a bitmap's sizes belong to its memory
 
     virtual ~KSImage();
     /// Sets the first six fields of attributes and leaves the others as they were.

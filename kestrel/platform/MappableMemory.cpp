@@ -96,14 +96,44 @@ std::shared_ptr<BackingFile> backingFile(Memory& m) {
     if (::getrlimit(RLIMIT_FSIZE, &limit) == 0) size = std::min<std::uint64_t>(size, limit.rlim_cur);
     const int descriptor = ::memfd_create(label, MFD_CLOEXEC);
     if (descriptor < 0) return nullptr;
-    auto file = std::make_shared<BackingFile>(descriptor, size);
+    std::shared_ptr<BackingFile> file;
+    try {
+        file = std::make_shared<BackingFile>(descriptor, size);
+    } catch (const std::bad_alloc&) {
+        ::close(descriptor);
+        errno = ENOMEM;
+        return nullptr;
+    }
     if (::ftruncate(descriptor, static_cast<off_t>(size)) != 0) return nullptr;
     return m.file = file;
 }
 
+/// Writes bytes into the file, which needs no addresses, as a second mapping would. 0 or an errno value.
+int writeAt(const BackingFile& file, std::uint64_t offset, const void* bytes, std::size_t size) {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_FSIZE, &limit) == 0 && offset + size > limit.rlim_cur) return EFBIG;
+    const char* from = static_cast<const char*>(bytes);
+    for (std::size_t done = 0; done < size;) {
+        const ssize_t written =
+            ::pwrite(file.descriptor, from + done, size - done, static_cast<off_t>(offset + done));
+        if (written > 0)
+            done += static_cast<std::size_t>(written);
+        else if (written == 0 || errno != EINTR)
+            return written == 0 ? ENOSPC : errno;
+    }
+    return 0;
+}
+
+void punchHole(const BackingFile& file, std::uint64_t offset, std::size_t size) {
+    ::fallocate(file.descriptor, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(offset),
+                static_cast<off_t>(size));
+}
+
+std::size_t pageBytes() { return static_cast<std::size_t>(::sysconf(_SC_PAGESIZE)); }
+
 bool kernelNamesMemory() {
     static const bool can = [] {
-        const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+        const std::size_t page = pageBytes();
         void* probe = ::mmap(nullptr, page, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (probe == MAP_FAILED) return false;
         const bool named = ::prctl(PR_SET_VMA, PR_SET_VMA_ANON_NAME, probe, page, label) == 0;
@@ -116,7 +146,7 @@ bool kernelNamesMemory() {
 /// Bytes of the label page below an anonymous region.
 std::size_t labelBytes(std::size_t size) {
     if (size < smallestLabelled || kernelNamesMemory()) return 0;
-    return static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    return pageBytes();
 }
 
 void* mapAnonymous(std::size_t size) {
@@ -248,9 +278,7 @@ int releaseRegionEntry(MemoryEntry entry) {
     const auto found = m.regions.find(entry);
     if (found == m.regions.end()) return EINVAL;
     const Region& region = found->second;
-    if (region.file && !region.file->shared)
-        ::fallocate(region.file->descriptor, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE,
-                    static_cast<off_t>(region.offset), static_cast<off_t>(region.size));
+    if (region.file && !region.file->shared) punchHole(*region.file, region.offset, region.size);
     m.regions.erase(found);
     return 0;
 }
@@ -265,15 +293,16 @@ int unmapRegion(void* address, std::size_t size, MemoryEntry entry) {
 
     const auto file = backingFile(m);
     if (!file) return errno;
-    if (size > file->size - file->end) return ENOSPC;
-    void* copy = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file->descriptor,
-                        static_cast<off_t>(file->end));
-    if (copy == MAP_FAILED) return errno;
-    std::memcpy(copy, address, size);
-    ::munmap(copy, size);
+    const std::size_t page = pageBytes();
+    const std::uint64_t room = (std::uint64_t{size} + page - 1) / page * page;  // offsets are whole pages
+    if (room > file->size - file->end) return ENOSPC;
+    if (const int error = writeAt(*file, file->end, address, size)) {
+        punchHole(*file, file->end, size);
+        return error;
+    }
     region.file = file;
     region.offset = file->end;
-    file->end += size;
+    file->end += room;
     return unmapAnonymous(address, size);
 }
 

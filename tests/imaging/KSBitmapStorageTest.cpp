@@ -6,12 +6,14 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -20,6 +22,7 @@
 #include <numeric>
 #include <string>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -54,6 +57,20 @@ TEST(KSBitmapStorage, RegionsHaveTheSizesOfTheRule) {
     }
     EXPECT_EQ(KSImage(10, 2, 8, 4, 4).getSize(), 112u);
     EXPECT_EQ(KSImage(1u << 20, 1u << 20, 8, 4, 0).getSize(), 0u) << "32-bit arithmetic";
+}
+
+static_assert(!std::is_assignable_v<KSImage&, const KSImage&>,
+              "would change a bitmap's size, not its memory");
+
+TEST(KSBitmapStorage, TheLargestSizeThatFits32BitsIsAsked) {
+    testing::internal::CaptureStderr();
+    const KSBitmap largest(4194271, 128, 8, 8, 0, 0);  // payload + 33791 is 2^32 - 1
+    EXPECT_EQ(largest.getAllocatedSize(), 4294938624u);
+    void* probe = ::mmap(nullptr, 4294938624u, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    EXPECT_EQ(largest.getData() != nullptr, probe != MAP_FAILED) << "as far as the system has that much";
+    if (probe != MAP_FAILED) ::munmap(probe, 4294938624u);
+    EXPECT_EQ(KSBitmap(4194272, 128, 8, 8, 0, 0).getData(), nullptr);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::EndsWith("of size 4096 because 12\n"));
 }
 
 struct OverflowRow {
@@ -152,9 +169,17 @@ TEST(KSBitmapStorage, CopyTakesItsOwnSizeAsFarAsTheSourceReaches) {
     other.copy(large);
     other.copyWithDepthConversion(KSBitmapRGBA16(4, 4));  // equal depth: a copy, which does nothing here
     large.copyWithDepthConversion(other);                 // into 8 bits: nothing
+    KSBitmapRGBAFloat real(4, 4);
+    real.copyWithDepthConversion(large);  // into 32 bits: nothing
+    EXPECT_EQ(real.getData()[0], 0);
     EXPECT_EQ(std::memcmp(other.getData(), zeros.data(), zeros.size()), 0);
     EXPECT_EQ(large.getData()[0], 7);
-    EXPECT_EXIT(other.copyWithDepthConversion(large), testing::KilledBySignal(SIGABRT), "");
+    const auto refused = [&] {
+        ::dup2(2, 1);  // the line goes to standard output
+        other.copyWithDepthConversion(large);
+    };
+    EXPECT_EXIT(refused(), testing::KilledBySignal(SIGABRT),
+                "^File KSBitmap, line 547 should not have been reached:\n\t");
 }
 
 TEST(KSBitmapStorage, SetDataReadsPaddingAsPixelsOrBytes) {
@@ -373,7 +398,51 @@ bool lowerLimit(decltype(RLIMIT_AS) which, rlim_t value) {
     return ::setrlimit(which, &limit) == 0;
 }
 
+TEST(KSBitmapStorage, TheCallbackHearsOfSizesThatDoNotFitAndIsTriedOnce) {
+    static int calls;
+    calls = 0;
+    KSBitmap::setGuaranteeMemoryCallback([](unsigned bytes) {
+        calledWith = bytes;
+        return ++calls != 0;  // what it returns is ignored
+    });
+    testing::internal::CaptureStderr();
+    const KSBitmap bitmap(32767, 32769, 8, 4, 0, 0);
+    KSBitmap::setGuaranteeMemoryCallback(nullptr);
+    EXPECT_EQ(bitmap.getData(), nullptr);
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(calledWith, bitmap.getAllocatedSize());
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::EndsWith(" because 12\n"));
+}
+
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+KSBitmap* victim = nullptr;
+
+TEST(KSBitmapStorage, ACallbackFreesAddressesByUnmapping) {
+    expectInChild([] {
+        KSBitmapMemory::releaseKept();
+        KSBitmapRGBA8 first(4096, 4096);  // 64 MiB
+        std::memset(first.getData(), 8, first.getSize());
+        std::ifstream statm("/proc/self/statm");
+        rlim_t pages = 0;
+        statm >> pages;
+        // Room for another half: neither for a second bitmap nor for a second copy of the first.
+        if (!lowerLimit(RLIMIT_AS, pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE)) + (32u << 20)))
+            return false;
+        victim = &first;
+        KSBitmap::setGuaranteeMemoryCallback([](unsigned) {
+            victim->unmapFromMemory();
+            return true;
+        });
+        {
+            const KSBitmapRGBA8 second(4096, 4096);
+            if (!second.getData() || first.getData()) return false;
+        }
+        KSBitmapMemory::releaseKept();
+        first.mapIntoMemory();
+        return first.getData() && holds(first, 8);
+    });
+}
+
 TEST(KSBitmapStorage, ARefusedMappingIsReportedAfterOneMoreTry) {
     ASSERT_TRUE(lowerLimit(RLIMIT_AS, RLIM_INFINITY));
     expectInChild([] {
@@ -400,10 +469,26 @@ TEST(KSBitmapStorage, WithoutDescriptorsPixelsStayMapped) {
     expectInChild([] {
         KSBitmapRGBA8 bitmap(100, 100);  // small enough not to open the file for its label
         std::memset(bitmap.getData(), 6, bitmap.getSize());
-        testing::internal::CaptureStderr();               // swallows the report
+        testing::internal::CaptureStderr();
         if (!lowerLimit(RLIMIT_NOFILE, 3)) return false;  // standard streams only
         bitmap.unmapFromMemory();
-        return bitmap.getData() && holds(bitmap, 6);
+        if (!bitmap.getData() || !holds(bitmap, 6)) return false;
+        if (!lowerLimit(RLIMIT_NOFILE, 64)) return false;  // to read the report
+        return testing::internal::GetCapturedStderr() ==
+               std::string("Could not unmap: ") + std::strerror(EMFILE) + "\n";
+    });
+}
+
+TEST(KSBitmapStorage, WhereTheFileMayNotGrowPixelsStayMapped) {
+    expectInChild([] {
+        KSBitmapRGBA8 bitmap(100, 100), moved(100, 100);
+        moved.unmapFromMemory();  // the file is open
+        std::memset(bitmap.getData(), 6, bitmap.getSize());
+        if (!lowerLimit(RLIMIT_FSIZE, 50000)) return false;  // beyond it a write would end the process
+        bitmap.unmapFromMemory();
+        const bool kept = bitmap.getData() && holds(bitmap, 6);
+        moved.mapIntoMemory();
+        return kept && holds(moved, 0);
     });
 }
 

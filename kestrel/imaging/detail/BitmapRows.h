@@ -37,6 +37,7 @@ inline std::size_t flatPixels(const KSBitmap& bitmap, std::size_t pixelBytes) {
 template <typename Row>
 void forEachRow(KSBitmap& bitmap, std::size_t pixelBytes, Row row) {
     const std::size_t stride = strideOf(bitmap);
+    if (stride == 0) return;  // rows without bytes
     for (std::size_t y = 0; y < bitmap.getHeight(); ++y) {
         const std::size_t count = itemsInside(bitmap, y * stride, bitmap.getWidth(), pixelBytes);
         if (count == 0) return;
@@ -51,10 +52,12 @@ template <typename Row>
 void forEachRowPair(KSBitmap& destination, const KSBitmap& source, std::size_t width, std::size_t height,
                     bool flipped, std::size_t toBytes, std::size_t fromBytes, Row row) {
     const std::size_t toStride = strideOf(destination), fromStride = strideOf(source);
+    if (toStride == 0) return;  // rows without bytes
     for (std::size_t y = 0; y < height; ++y) {
         const std::size_t to = y * toStride, from = (flipped ? height - 1 - y : y) * fromStride;
-        const std::size_t count = std::min(itemsInside(destination, to, width, toBytes),
-                                           itemsInside(source, from, width, fromBytes));
+        const std::size_t room = itemsInside(destination, to, width, toBytes);
+        if (room == 0) return;
+        const std::size_t count = std::min(room, itemsInside(source, from, width, fromBytes));
         if (count) row(destination.getData() + to, source.getData() + from, count);
     }
 }
