@@ -2,9 +2,11 @@
 #pragma once
 
 #include <kestrel/geometry/KSVector2.h>
+#include <kestrel/geometry/detail/Pair.h>
 #include <kestrel/platform/Export.h>
 
 #include <algorithm>
+#include <type_traits>
 
 /// Curve subdivision, table search, intersections, and direction snapping.
 ///
@@ -24,9 +26,11 @@ public:
                                                const double* y, double* leftX, double* leftY, double* rightX,
                                                double* rightY) noexcept {
         const double u = (t - t0) / (t1 - t0);
-        const Split splitX(u, x), splitY(u, y);  // both before anything is stored
-        splitX.store(leftX, rightX);
-        splitY.store(leftY, rightY);
+        if (std::is_constant_evaluated()) {
+            split<kestrel::detail::PlainPair>(u, x, y, leftX, leftY, rightX, rightY);
+        } else {
+            split<kestrel::detail::VectorPair>(u, x, y, leftX, leftY, rightX, rightY);
+        }
     }
 
     /// Where value stands in a table that rises or falls throughout: the position i with value between
@@ -99,23 +103,24 @@ public:
     static KSVector2<double> findProjectionOn45DegreesDirection(KSVector2<double> v, KSVector2<double> extra);
 
 private:
-    /// One coordinate of a split curve; the end points are those of the curve.
-    struct Split {
-        double p0, left1, left2, split, right1, right2, p3;
-
-        constexpr Split(double u, const double* p) noexcept : p0(p[0]), p3(p[3]) {
-            const double middle = p[1] + u * (p[2] - p[1]);
-            left1 = p[0] + u * (p[1] - p[0]);
-            right2 = p[2] + u * (p[3] - p[2]);
-            left2 = (1 - u) * left1 + u * middle;
-            right1 = (1 - u) * middle + u * right2;
-            split = (1 - u) * left2 + u * right1;
-        }
-        constexpr void store(double* left, double* right) const noexcept {
-            left[0] = p0, left[1] = left1, left[2] = left2, left[3] = split;
-            right[0] = split, right[1] = right1, right[2] = right2, right[3] = p3;
-        }
-    };
+    /// The construction on x and y side by side. All is read before anything is stored.
+    template <class Pair>
+    static constexpr void split(double fraction, const double* x, const double* y, double* leftX,
+                                double* leftY, double* rightX, double* rightY) noexcept {
+        const Pair u(fraction, fraction), v(1 - fraction, 1 - fraction);
+        const Pair p0(x[0], y[0]), p1(x[1], y[1]), p2(x[2], y[2]), p3(x[3], y[3]);
+        const Pair middle = p1 + u * (p2 - p1);
+        const Pair left1 = p0 + u * (p1 - p0), right2 = p2 + u * (p3 - p2);
+        const Pair left2 = v * left1 + u * middle, right1 = v * middle + u * right2;
+        const Pair center = v * left2 + u * right1;
+        const auto put = [](double* toX, double* toY, const Pair& a, const Pair& b, const Pair& c,
+                            const Pair& d) {
+            toX[0] = a.first(), toX[1] = b.first(), toX[2] = c.first(), toX[3] = d.first();
+            toY[0] = a.second(), toY[1] = b.second(), toY[2] = c.second(), toY[3] = d.second();
+        };
+        put(leftX, leftY, p0, left1, left2, center);
+        put(rightX, rightY, center, right1, right2, p3);
+    }
 
     static constexpr int locate(const double* table, int n, double value) noexcept {
         if (value == table[0]) return 0;
