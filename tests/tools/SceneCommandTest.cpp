@@ -8,7 +8,9 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -140,7 +142,7 @@ TEST_F(SceneCommand, NewAndGenerateMakeSoundDocuments) {
 
 struct FaultRow {
     const char *name, *from, *to;  // in title.xml
-    const char* faults;            // behind "title.xml:"
+    const char* faults;            // behind "title.xml:"; several with | between them
 };
 const FaultRow faultRows[] = {
     {"Version", "version=\"1\" name", "version=\"2\" name", "5: project: version 2 is not known"},
@@ -179,28 +181,101 @@ const FaultRow faultRows[] = {
     {"NoProject", "zuml version", "scene version", " there is no project in it"},
     {"SecondProject", "</project>", "</project><project/>", "46: a second project; the first one is used"},
 };
-class SceneFaults : public SceneCommand, public testing::WithParamInterface<FaultRow> {};
-TEST_P(SceneFaults, AreReportedWithTheirLine) {
-    const FaultRow& row = GetParam();
-    std::string text = contents(samples + "title.xml");
-    const auto at = text.find(row.from);
-    ASSERT_NE(at, std::string::npos);
-    text.replace(at, std::string(row.from).size(), row.to);
-    if (std::string(row.name) == "NoProject") text.replace(text.find("</zuml>"), 7, "</scene>");
-    put("title.xml", text);
-    std::string expected;
-    for (const char *c = row.faults, *start = c;; ++c) {
-        if (*c && *c != '|') continue;
-        expected += "title.xml:" + std::string(start, c) + '\n';
-        if (!*c) break;
-        start = c + 1;
+/// The lines of a report on title.xml, from a row's faults.
+std::string report(const std::string& faults, const std::string& kind) {
+    std::istringstream pieces(faults);
+    std::string result;
+    for (std::string piece; std::getline(pieces, piece, '|');) {
+        const auto behindLine = piece.find(' ') + 1;
+        result += "title.xml:" + piece.insert(behindLine, kind) + '\n';
     }
+    return result;
+}
+
+class SceneFaults : public SceneCommand, public testing::WithParamInterface<FaultRow> {
+protected:
+    void putChangedTitle() const {
+        const FaultRow& row = GetParam();
+        std::string text = contents(samples + "title.xml");
+        const auto at = text.find(row.from);
+        ASSERT_NE(at, std::string::npos);
+        text.replace(at, std::string(row.from).size(), row.to);
+        if (std::string(row.name) == "NoProject") text.replace(text.find("</zuml>"), 7, "</scene>");
+        put("title.xml", text);
+    }
+};
+TEST_P(SceneFaults, AreReportedWithTheirLine) {
+    putChangedTitle();
     const Result result = run("check title.xml");
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.output, expected);
+    EXPECT_EQ(result.output, report(GetParam().faults, ""));
 }
 INSTANTIATE_TEST_SUITE_P(Rows, SceneFaults, testing::ValuesIn(faultRows),
                          [](const auto& row) { return row.param.name; });
+
+const FaultRow warningRows[] = {
+    {"UnknownMode", "24 FPS", "26 FPS",
+     "6: composition: timecode mode \"26 FPS\" is not registered; \"24 FPS\" would be used"},
+    {"ModeInOtherLetters", "24 FPS", "24 fps",
+     "6: composition: timecode mode \"24 fps\" is not registered; \"24 FPS\" would be used"},
+    {"NoFrames", "duration=\"240\"", "duration=\"0\"", "6: composition: it has no frames"},
+    {"EmptyLayer", "out=\"120\"", "out=\"12\"", "15: layer: it has no frames: it begins and ends at 12"},
+    {"FlatInX", "<scale>1 1 1", "<scale>0 1 1",
+     "15: layer: its transform is singular: it cannot be inverted"},
+    {"FlatInY", "<scale>1 1 1", "<scale>1 -0 1",
+     "15: layer: its transform is singular: it cannot be inverted"},
+    {"FlatInZ", "<scale>1 1 1", "<scale>1 1 0",
+     "15: layer: its transform is singular: it cannot be inverted"},
+    {"FlatAndTurned", "<rotation>0 0 0</rotation>\n\t\t\t\t<scale>1 1 1",
+     "<rotation>0.3 0.2 0.7</rotation><scale>2 0 3",
+     "15: layer: its transform is singular: it cannot be inverted"},
+    {"Several", "24 FPS</timecode>\n\t\t<layer name=\"Sky\"",
+     "none</timecode><layer name=\"Empty\" in=\"7\" out=\"7\" blend=\"0\" opacity=\"1\" "
+     "identifier=\"0f656b38f3402a1e8b4211fac826efd4\"/>\n\t\t<layer name=\"Sky\"",
+     "6: composition: timecode mode \"none\" is not registered; \"24 FPS\" would be used|"
+     "7: layer: it has no frames: it begins and ends at 7"},
+};
+class SceneWarnings : public SceneFaults {};
+TEST_P(SceneWarnings, AreFaultsOnlyWhenAsked) {
+    putChangedTitle();
+    const Result warned = run("check title.xml");
+    EXPECT_EQ(warned.status, 0);
+    EXPECT_EQ(warned.output, report(GetParam().faults, "warning: "));
+    const Result strict = run("check --strict title.xml");
+    EXPECT_EQ(strict.status, 1);
+    EXPECT_EQ(strict.output, report(GetParam().faults, ""));
+}
+INSTANTIATE_TEST_SUITE_P(Rows, SceneWarnings, testing::ValuesIn(warningRows),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(SceneCommand, NearlySingularOrEmptyIsNoWarning) {
+    for (const auto& [from, to] :
+         {std::pair("<scale>1 1 1", "<scale>1e-30 -1e-30 1"),
+          {"out=\"120\"", "out=\"13\""},
+          {"duration=\"240\"", "duration=\"1\""},
+          {"in=\"12\" out=\"120\"", "in=\"-9223372036854775808\" out=\"9223372036854775807\""},
+          {"in=\"12\" out=\"120\"", "in=\"9007199254740992\" out=\"9007199254740993\""},
+          {"24 FPS", "30 FPS ND"}}) {
+        std::string text = contents(samples + "title.xml");
+        ASSERT_NE(text.find(from), std::string::npos);
+        put("near.xml", text.replace(text.find(from), std::string(from).size(), to));
+        EXPECT_EQ(run("check --strict near.xml").output, "") << to;
+    }
+}
+
+TEST_F(SceneCommand, WarningsAndFaultsComeInTheOrderOfTheirLines) {
+    std::string text = contents(samples + "title.xml");
+    text.replace(text.find("24 FPS"), 6, "no FPS").replace(text.find("0.35"), 4, "1.35");
+    text.replace(text.find("out=\"120\""), 9, "out=\"12\"");
+    put("both.xml", text);
+    const Result result = run("check both.xml " + samples + "title.xml");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output,
+              "both.xml:6: warning: composition: timecode mode \"no FPS\" is not registered; \"24 FPS\" "
+              "would be used\n"
+              "both.xml:15: warning: layer: it has no frames: it begins and ends at 12\n"
+              "both.xml:29: layer: opacity 1.35 is not in 0 to 1\n");
+}
 
 TEST_F(SceneCommand, UnknownElementsAreFaultsOnlyWhenAsked) {
     const std::string sample = samples + "unknown.xml";

@@ -1,7 +1,8 @@
 // kestrel scene: project documents made, checked, printed, rewritten and fingerprinted.
 //
-// Exit status  0 all well; 1 a document has faults or could not be written; 2 a file could not be read, or
-//              standard output failed. Wrong usage gives the statuses of the command line itself.
+// Exit status  0 all well, or nothing but warnings; 1 a document has faults or could not be written; 2 a
+//              file could not be read, or standard output failed. Wrong usage gives the statuses of the
+//              command line itself.
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -74,17 +75,24 @@ std::unique_ptr<SceneReader> openOrComplain(const std::string& file, SceneVisito
 // ---- check ----
 
 int checkFile(const std::string& file, bool strict, Output& out) {
-    std::vector<std::pair<long, std::string>> faults;
-    const FaultSink sink = [&](long line, const std::string& what) { faults.emplace_back(line, what); };
-    SceneChecks checks(sink);
-    const auto reader = openOrComplain(file, checks, sink);
+    std::vector<std::pair<long, std::string>> findings;
+    bool hasFaults = false;
+    const FaultSink fault = [&](long line, const std::string& what) {
+        findings.emplace_back(line, what);
+        hasFaults = true;
+    };
+    const FaultSink warning = [&](long line, const std::string& what) {
+        findings.emplace_back(line, "warning: " + what);
+    };
+    SceneChecks checks(fault, strict ? fault : warning);
+    const auto reader = openOrComplain(file, checks, fault);
     if (!reader) return unreadable;
     reader->setStrict(strict);
     reader->readDocument();
-    std::stable_sort(faults.begin(), faults.end(),
+    std::stable_sort(findings.begin(), findings.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
-    for (const auto& [line, what] : faults) out.write(place(file, line) + what + '\n');
-    return faults.empty() ? 0 : faulty;
+    for (const auto& [line, what] : findings) out.write(place(file, line) + what + '\n');
+    return hasFaults ? faulty : 0;
 }
 
 int check(const Options& options) {
@@ -251,13 +259,17 @@ void addScene(CLI::App& app) {
         ->transform(CLI::AsSizeValue(true))
         ->check(CLI::PositiveNumber);
 
-    CLI::App* checking = add(*scene, "check", "Report what is wrong with documents, a line for each fault",
-                             "  kestrel scene check intro.xml && echo all well\n"
-                             "  kestrel scene check --strict *.xml\n"
-                             "  kestrel scene new | kestrel scene check -",
-                             check, options);
+    CLI::App* checking =
+        add(*scene, "check", "Report what is wrong with documents, a line for each fault or warning",
+            "  kestrel scene check intro.xml && echo all well\n"
+            "  kestrel scene check --strict *.xml\n"
+            "  kestrel scene new | kestrel scene check -\n"
+            "Warnings are for timecode modes that are not registered, transforms that cannot\n"
+            "be inverted, and compositions and layers without frames. They alone leave the\n"
+            "exit status 0; a fault makes it 1, an unreadable file 2.",
+            check, options);
     checking->add_option("FILE", options->files, "documents; - for standard input")->required();
-    checking->add_flag("--strict", options->strict, "unknown elements are faults too");
+    checking->add_flag("--strict", options->strict, "warnings and unknown elements are faults too");
 
     CLI::App* printing = add(*scene, "print", "Print a document as an indented tree",
                              "  kestrel scene print intro.xml\n"

@@ -20,16 +20,34 @@ bool areFinite(const Numbers& numbers) {
     return std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isfinite(number); });
 }
 
-}  // namespace
-
-void SceneChecks::fault(long line, const std::string& what) {
-    m_found = true;
-    m_faults(line, what);
+/// The frames from first up to, not including, end, which is not before first. Counted from 0: large frame
+/// numbers would be rounded.
+bool isEmpty(long long first, long long end) {
+    const auto count = static_cast<unsigned long long>(end) - static_cast<unsigned long long>(first);
+    const KSTimeRange range(0, static_cast<float>(count));
+    return range.getIntersectionWith(range) == KSTimeRange();
 }
+
+/// In the plane, where layers are drawn, or in space.
+bool isSingular(const Transform& transform) {
+    const auto &position = transform.position, &rotation = transform.rotation, &scale = transform.scale,
+               &pivot = transform.pivot;
+    const auto& shear = transform.shear;
+    KSMatrix33 plane;
+    plane.setTransformation(position[0], position[1], rotation[2], scale[0], scale[1], shear[0], shear[1],
+                            pivot[0], pivot[1], transform.aspect);
+    KSMatrix44 space;
+    space.setTransformation(position[0], position[1], position[2], rotation[0], rotation[1], rotation[2],
+                            scale[0], scale[1], scale[2], shear[0], shear[1], pivot[0], pivot[1], pivot[2],
+                            transform.aspect);
+    return plane.determinant() == 0 || space.determinant() == 0;
+}
+
+}  // namespace
 
 bool SceneChecks::project(Project& project) {
     if (project.version < 1 || project.version > newestVersion) {
-        fault(project.line, "project: version " + std::to_string(project.version) + " is not known");
+        m_fault(project.line, "project: version " + std::to_string(project.version) + " is not known");
     }
     checkIdentifier(project.line, "project", project.identifier);
     return true;
@@ -38,13 +56,10 @@ bool SceneChecks::project(Project& project) {
 bool SceneChecks::composition(Composition& composition) {
     checkIdentifier(composition.line, "composition", composition.identifier);
     if (composition.width < 1 || composition.height < 1) {
-        fault(composition.line, "composition: a frame of " + std::to_string(composition.width) + " by " +
-                                    std::to_string(composition.height) + " pixels is empty");
+        m_fault(composition.line, "composition: a frame of " + std::to_string(composition.width) + " by " +
+                                      std::to_string(composition.height) + " pixels is empty");
     }
-    if (composition.duration < 1) {
-        fault(composition.line,
-              "composition: duration is " + std::to_string(composition.duration) + " frames");
-    }
+    checkDuration(composition);
     checkTimecode(composition);
     for (const auto& layer : composition.layers) checkLayer(*layer);
     return true;
@@ -53,13 +68,28 @@ bool SceneChecks::composition(Composition& composition) {
 void SceneChecks::checkIdentifier(long line, const char* what, const KSUUID& identifier) {
     if (identifier == KSUUID()) return;  // one that could not be read has been reported
     if (!m_identifiers.insert(std::to_array(identifier.words)).second) {
-        fault(line, std::string(what) + ": identifier " + text(identifier) + " is used twice");
+        m_fault(line, std::string(what) + ": identifier " + text(identifier) + " is used twice");
     }
 }
 
-/// The mode by name. Only its presence is checked: the modes an application registers are its own.
+void SceneChecks::checkDuration(const Composition& composition) {
+    if (composition.duration < 0) {
+        m_fault(composition.line,
+                "composition: duration is " + std::to_string(composition.duration) + " frames");
+    } else if (isEmpty(0, composition.duration)) {
+        m_warn(composition.line, "composition: it has no frames");
+    }
+}
+
 void SceneChecks::checkTimecode(const Composition& composition) {
-    if (composition.timecodeMode.empty()) fault(composition.line, "composition: there is no timecode mode");
+    const KSString& name = composition.timecodeMode;
+    if (name.empty()) {
+        m_fault(composition.line, "composition: there is no timecode mode");
+    } else if (const KSTimecodeMode& mode = *KSTimecodeMode::refTimecodeMode(name);
+               mode.getName().compare(name) != 0) {
+        m_warn(composition.line, "composition: timecode mode \"" + printable(utf8(name)) +
+                                     "\" is not registered; \"" + utf8(mode.getName()) + "\" would be used");
+    }
 }
 
 void SceneChecks::checkLayer(const Layer& layer) {
@@ -67,31 +97,40 @@ void SceneChecks::checkLayer(const Layer& layer) {
     const auto modes = KSBlend::getLayerBlendModes();
     if (layer.blendMode == KSBlendModeSeparator ||
         std::find(modes.begin(), modes.end(), layer.blendMode) == modes.end()) {
-        fault(layer.line, "layer: there is no blend mode " + std::to_string(layer.blendMode));
+        m_fault(layer.line, "layer: there is no blend mode " + std::to_string(layer.blendMode));
     }
     if (!isShare(layer.opacity))
-        fault(layer.line, "layer: opacity " + text(layer.opacity) + " is not in 0 to 1");
-    if (layer.out < layer.in) {
-        fault(layer.line, "layer: it ends at frame " + std::to_string(layer.out) + ", before it begins at " +
-                              std::to_string(layer.in));
-    }
+        m_fault(layer.line, "layer: opacity " + text(layer.opacity) + " is not in 0 to 1");
+    checkRange(layer);
     if (!layer.source.empty() && KSURL(layer.source, false).getAsURLString().empty()) {
-        fault(layer.line, "layer: source is no URL");
+        m_fault(layer.line, "layer: source is no URL");
     }
     if (layer.transform) checkTransform(layer);
     if (layer.solid) checkSolid(layer);
     for (const auto& keyframes : layer.keyframes) checkKeyframes(*keyframes);
 }
 
-/// The numbers by themselves. That the matrix they make can be inverted is for the geometry to say.
+void SceneChecks::checkRange(const Layer& layer) {
+    if (layer.out < layer.in) {
+        m_fault(layer.line, "layer: it ends at frame " + std::to_string(layer.out) +
+                                ", before it begins at " + std::to_string(layer.in));
+    } else if (isEmpty(layer.in, layer.out)) {
+        m_warn(layer.line, "layer: it has no frames: it begins and ends at " + std::to_string(layer.in));
+    }
+}
+
 void SceneChecks::checkTransform(const Layer& layer) {
     const Transform& transform = *layer.transform;
-    if (!areFinite(transform.position) || !areFinite(transform.rotation) || !areFinite(transform.scale) ||
-        !areFinite(transform.shear) || !areFinite(transform.pivot)) {
-        fault(layer.line, "layer: its transform holds a number that is not finite");
+    const bool finite = areFinite(transform.position) && areFinite(transform.rotation) &&
+                        areFinite(transform.scale) && areFinite(transform.shear) &&
+                        areFinite(transform.pivot);
+    const bool hasAspect = transform.aspect > 0 && std::isfinite(transform.aspect);
+    if (!finite) m_fault(layer.line, "layer: its transform holds a number that is not finite");
+    if (!hasAspect) {
+        m_fault(layer.line, "layer: pixel aspect " + text(transform.aspect) + " is not positive");
     }
-    if (!(transform.aspect > 0) || !std::isfinite(transform.aspect)) {
-        fault(layer.line, "layer: pixel aspect " + text(transform.aspect) + " is not positive");
+    if (finite && hasAspect && isSingular(transform)) {
+        m_warn(layer.line, "layer: its transform is singular: it cannot be inverted");
     }
 }
 
@@ -99,25 +138,25 @@ void SceneChecks::checkSolid(const Layer& layer) {
     const Solid& solid = *layer.solid;
     const std::string model = utf8(solid.model);
     if (std::find(std::begin(colorModels), std::end(colorModels), model) == std::end(colorModels)) {
-        fault(layer.line, "layer: its solid has the unknown colour model \"" + printable(model) + '"');
+        m_fault(layer.line, "layer: its solid has the unknown colour model \"" + printable(model) + '"');
     }
-    if (!areFinite(solid.components)) fault(layer.line, "layer: its solid's colour is not finite");
+    if (!areFinite(solid.components)) m_fault(layer.line, "layer: its solid's colour is not finite");
     if (!isShare(solid.alpha)) {
-        fault(layer.line, "layer: its solid's alpha " + text(solid.alpha) + " is not in 0 to 1");
+        m_fault(layer.line, "layer: its solid's alpha " + text(solid.alpha) + " is not in 0 to 1");
     }
 }
 
 void SceneChecks::checkKeyframes(const Keyframes& keyframes) {
-    if (keyframes.parameter.empty()) fault(keyframes.line, "keyframes: no parameter is named");
+    if (keyframes.parameter.empty()) m_fault(keyframes.line, "keyframes: no parameter is named");
     const auto& values = keyframes.values;
     if (keyframes.declaredCount && *keyframes.declaredCount != static_cast<long long>(values.size() / 2)) {
-        fault(keyframes.line, "keyframes: " + std::to_string(values.size() / 2) + " keys instead of " +
-                                  std::to_string(*keyframes.declaredCount));
+        m_fault(keyframes.line, "keyframes: " + std::to_string(values.size() / 2) + " keys instead of " +
+                                    std::to_string(*keyframes.declaredCount));
     }
     for (std::size_t i = 2; i < values.size(); i += 2) {
         if (values[i] > values[i - 2]) continue;
-        fault(keyframes.line,
-              "keyframes: frame " + text(values[i]) + " does not follow frame " + text(values[i - 2]));
+        m_fault(keyframes.line,
+                "keyframes: frame " + text(values[i]) + " does not follow frame " + text(values[i - 2]));
         break;
     }
 }

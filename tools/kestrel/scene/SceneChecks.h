@@ -9,26 +9,28 @@
 
 namespace kestrel::tools::scene {
 
-/// Checks each part of a document as it is read, and reports what is wrong.
+/// Checks each part of a document as it is read, and reports what is wrong. A warning is for what the library
+/// takes but shows otherwise than its author meant, or not at all: a timecode mode that is not registered, a
+/// transform that cannot be inverted, a range without frames.
 class SceneChecks final : public SceneVisitor {
 public:
-    explicit SceneChecks(FaultSink faults) : m_faults(std::move(faults)) {}
+    SceneChecks(FaultSink faults, FaultSink warnings)
+        : m_fault(std::move(faults)), m_warn(std::move(warnings)) {}
 
     bool project(Project& project) override;
     bool composition(Composition& composition) override;
-    bool foundFaults() const { return m_found; }
 
 private:
-    void fault(long line, const std::string& what);
     void checkIdentifier(long line, const char* what, const KSUUID& identifier);
+    void checkDuration(const Composition& composition);
     void checkTimecode(const Composition& composition);
     void checkLayer(const Layer& layer);
+    void checkRange(const Layer& layer);
     void checkTransform(const Layer& layer);
     void checkSolid(const Layer& layer);
     void checkKeyframes(const Keyframes& keyframes);
 
-    FaultSink m_faults;
-    bool m_found = false;
+    const FaultSink m_fault, m_warn;
     std::set<std::array<std::uint32_t, 4>> m_identifiers;
 };
 
