@@ -23,12 +23,14 @@ struct Row {
 // Worked out by hand from the formulas, to more digits than a float holds.
 const auto rows = std::to_array<Row>({
     {"HslRed", KSColor::RGBtoHSL, {1, 0, 0}, {0, 1, 0.5f}},
+    {"HslBarelyNotGreyHasAHue", KSColor::RGBtoHSL, {0.5f, 0.500001f, 0.5f}, {120, 1e-6f, 0.5f}},
     {"HslGrey", KSColor::RGBtoHSL, {0.2f, 0.2f, 0.2f}, {0, 0, 0.2f}},
     {"HslDark", KSColor::RGBtoHSL, {0.1f, 0.3f, 0.2f}, {150, 0.5f, 0.2f}, 3e-5f},
     {"HslLight", KSColor::RGBtoHSL, {0.9f, 0.7f, 0.8f}, {330, 0.5f, 0.8f}, 6e-5f},
     {"HslNegativeHueIsTurned", KSColor::RGBtoHSL, {1, 0, 0.5f}, {330, 1, 0.5f}},
     {"HsvBlack", KSColor::RGBtoHSV, {0, 0, 0}, {0, 0, 0}},
     {"HsvGrey", KSColor::RGBtoHSV, {0.5f, 0.5f, 0.5f}, {0, 0, 0.5f}},
+    {"HsvBarelyNotGreyHasAHue", KSColor::RGBtoHSV, {0.5f, 0.500001f, 0.5f}, {120, 2e-6f, 0.500001f}},
     {"HsvNearlyBlackHasNoHue", KSColor::RGBtoHSV, {0.5e-5f, 0, 0.9e-5f}, {0, 0, 0.9e-5f}, 0},
     {"HsvDarkHasAHue", KSColor::RGBtoHSV, {0, 2e-5f, 0}, {120, 1, 2e-5f}, 0},
     {"HsvTieGoesToRed", KSColor::RGBtoHSV, {1, 1, 0}, {60, 1, 1}},
@@ -40,6 +42,9 @@ const auto rows = std::to_array<Row>({
     {"HwbCyan", KSColor::RGBtoHWB, {0, 1, 1}, {120, 0, 0}},
     {"HwbYellow", KSColor::RGBtoHWB, {1, 1, 0}, {60, 0, 0}},
     {"HwbGrey", KSColor::RGBtoHWB, {0.25f, 0.25f, 0.25f}, {0, 0.25f, 0.75f}},
+    {"HwbNearlyGreyHasNoHue", KSColor::RGBtoHWB, {0.5f, 0.500009f, 0.5f}, {0, 0.5f, 0.499991f}, 1e-7f},
+    {"HwbBarelyNotGreyHasAHue", KSColor::RGBtoHWB, {0.5f, 0.5f, 0.500011f}, {180, 0.5f, 0.499989f}, 1e-7f},
+    {"HwbNearlySmallestRedIsTheSmallest", KSColor::RGBtoHWB, {5e-6f, 0, 1}, {180, 0, 0}},
     {"HwbPale", KSColor::RGBtoHWB, {0.75f, 0.5f, 0.25f}, {30, 0.25f, 0.25f}},
     {"Yiq", KSColor::RGBtoYIQ, {1, 10, 100}, {17.569f, -34.344f, 26.082f}, 5e-6f},
     {"Yuv", KSColor::RGBtoYUV, {1, 10, 100}, {17.569f, 40.563f, -14.535f}, 5e-6f},
@@ -68,6 +73,8 @@ const auto rows = std::to_array<Row>({
     {"RgbFromHwbSector4", KSColor::HWBtoRGB, {255, 0.25f, 0.25f}, {0.375f, 0.25f, 0.75f}},
     {"RgbFromHwbSector5", KSColor::HWBtoRGB, {315, 0.25f, 0.25f}, {0.75f, 0.25f, 0.625f}},
     {"RgbFromHwbFullTurn", KSColor::HWBtoRGB, {360, 0, 0}, {1, 0, 0}},
+    {"RgbFromHwbJustBelowNoHue", KSColor::HWBtoRGB, {-0.0005f, 0.25f, 0.25f}, {0.75f, 0.25f, 0.25f}, 1e-5f},
+    {"RgbFromHwbNearlyGrey", KSColor::HWBtoRGB, {90, 0.25f, 0.749991f}, {0.250009f, 0.250009f, 0.250009f}},
     {"RgbFromHwbGreyAtAnyHue", KSColor::HWBtoRGB, {-5, 0.25f, 0.75f}, {0.25f, 0.25f, 0.25f}},
 });
 
@@ -84,10 +91,10 @@ TEST(KSColorConversion, WritesNothingWithoutASector) {
         Pair& convert;
         float hue;
     } const cases[] = {
-        {KSColor::HSVtoRGB, 360},      {KSColor::HSVtoRGB, 720},   {KSColor::HSVtoRGB, -1e-9f},
-        {KSColor::HSVtoRGB, infinity}, {KSColor::HSVtoRGB, nan},   {KSColor::HWBtoRGB, -1},
-        {KSColor::HWBtoRGB, 420},      {KSColor::HWBtoRGB, 1e30f}, {KSColor::HWBtoRGB, -infinity},
-        {KSColor::HWBtoRGB, nan},
+        {KSColor::HSVtoRGB, 360},       {KSColor::HSVtoRGB, 720},       {KSColor::HSVtoRGB, -1e-9f},
+        {KSColor::HSVtoRGB, infinity},  {KSColor::HSVtoRGB, nan},       {KSColor::HWBtoRGB, -1},
+        {KSColor::HWBtoRGB, 419.9999f}, {KSColor::HWBtoRGB, -0.0007f},  {KSColor::HWBtoRGB, 420},
+        {KSColor::HWBtoRGB, 1e30f},     {KSColor::HWBtoRGB, -infinity}, {KSColor::HWBtoRGB, nan},
     };
     for (const auto& [convert, hue] : cases) {
         float r = 7, g = 8, b = 9;

@@ -8,8 +8,10 @@
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -69,6 +71,67 @@ TEST(KSBitmapAlpha, RowsStepOverPaddingAndFlatWalksDoNot) {
     fill(flat, pixels);
     flat.invertAlpha();
     EXPECT_THAT(content(flat, 12), ElementsAre(127, 255, 255, 255, 127, 255, 255, 255, 128, 255, 255, 255));
+}
+
+// Two rows of one pixel, four bytes between them: byte 8 starts the second row, byte 4 the second flat pixel.
+struct PaddedRow {
+    const char* name;
+    unsigned format;
+    void (*run)(KSBitmap&);
+    Bytes start, want;
+};
+
+TEST(KSBitmapAlpha, EveryOperationKnowsItsWalk) {
+    const Bytes argb = {255, 1, 2, 3, 51, 51, 51, 51, 51, 51, 102, 204};
+    const Bytes rgba = {1, 2, 3, 255, 51, 51, 51, 51, 51, 102, 204, 51};
+    const PaddedRow rows[] = {
+        {"unPreMult",
+         1,
+         [](KSBitmap& b) { b.unPreMult(); },
+         {51, 0, 51, 10, 51, 51, 51, 51, 51, 10, 20, 51},
+         {51, 0, 255, 50, 51, 51, 51, 51, 51, 50, 100, 255}},
+        {"unpremultiply",
+         1,
+         [](KSBitmap& b) { b.unpremultiply(KSColor::BLACK); },
+         {51, 0, 51, 10, 51, 10, 20, 51, 51, 10, 20, 51},
+         {51, 0, 255, 50, 51, 50, 100, 255, 51, 10, 20, 51}},
+        {"setConstantAlpha",
+         0,
+         [](KSBitmap& b) { b.setConstantAlpha(1); },
+         rgba,
+         {1, 2, 3, 255, 51, 51, 51, 255, 51, 102, 204, 51}},
+        {"duplicateAlphaToRGB",
+         1,
+         [](KSBitmap& b) { b.duplicateAlphaToRGB(); },
+         {9, 1, 2, 3, 8, 1, 2, 3, 7, 1, 2, 3},
+         {9, 9, 9, 9, 8, 8, 8, 8, 7, 1, 2, 3}},
+        {"convertToARGB",
+         0,
+         [](KSBitmap& b) { b.convertToARGB(); },
+         {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12},
+         {4, 1, 2, 3, 8, 5, 6, 7, 9, 10, 11, 12}},
+        {"convertToRGBA",
+         1,
+         [](KSBitmap& b) { b.convertToRGBA(); },
+         {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12},
+         {2, 3, 4, 1, 6, 7, 8, 5, 9, 10, 11, 12}},
+        {"flip", 1, [](KSBitmap& b) { b.flip(); }, argb, {51, 51, 102, 204, 0, 0, 0, 0, 255, 1, 2, 3}},
+    };
+    for (const PaddedRow& row : rows) {
+        KSBitmap bitmap(1, 2, 8, 4, row.format, 4);
+        fill(bitmap, row.start);
+        row.run(bitmap);
+        EXPECT_EQ(content(bitmap, 12), row.want) << row.name;
+    }
+}
+
+TEST(KSBitmapAlpha, CopyWithUnPreMultStepsEachBitmapByItsOwnStride) {
+    KSBitmapARGB8 source(2, 2, 4), target(3, 1, 1);  // strides of 12 and 13: the source's size is walked
+    fill(source, {51, 10, 20, 51, 255, 1, 2, 3, 9, 9, 9, 9, 51, 51, 10, 20, 0, 7, 7, 7});
+    fill(target, Bytes(24, 77));
+    target.copyWithUnPreMult(source, KSColor::BLACK);
+    EXPECT_THAT(content(target, 24), ElementsAre(51, 50, 100, 255, 255, 1, 2, 3, 77, 77, 77, 77, 77, 51, 255,
+                                                 50, 100, 0, 0, 0, 0, 77, 77, 77));
 }
 
 TEST(KSBitmapAlpha, UnPreMultReadsAnyFormatAsAlphaFirst) {
@@ -223,6 +286,13 @@ TEST(KSBitmapOrder, RotatesComponentsAndChangesOnly8BitFormats) {
         EXPECT_THAT(content(*bitmap, 8), ElementsAre(1, 2, 3, 4, 5, 6, 7, 8)) << format;
         EXPECT_EQ(bitmap->getPixelFormat(), format);
     }
+    for (const unsigned format : {0u, 2u, 5u, 6u, 7u, 8u}) {
+        const std::unique_ptr<KSBitmap> bitmap(KSCreateBitmap(1, 1, format));
+        fill(*bitmap, {1, 2, 3, 4, 5, 6, 7, 8});
+        bitmap->convertToRGBA();
+        EXPECT_THAT(content(*bitmap, 8), ElementsAre(1, 2, 3, 4, 5, 6, 7, 8)) << format;
+        EXPECT_EQ(bitmap->getPixelFormat(), format);
+    }
 }
 
 TEST(KSBitmapOrder, SwizzlesAndFlipsWhileCopying) {
@@ -242,9 +312,60 @@ TEST(KSBitmapOrder, SwizzlesAndFlipsWhileCopying) {
                 ElementsAre(9, 10, 11, 12, 0, 0, 0, 0, 5, 6, 7, 8, 0, 0, 0, 0, 1, 2, 3, 4));
     padded.flip();
     EXPECT_EQ(content(padded, 20), content(source, 20));
-    EXPECT_EXIT(target.copyWithFlipAndSwizzleARGBtoRGBA(source), testing::KilledBySignal(SIGABRT), "");
-    EXPECT_EXIT(target.copyWithFlip(source), testing::KilledBySignal(SIGABRT), "");
-    EXPECT_EXIT(target.copyWithFlip(KSBitmapYUV8(1, 3)), testing::KilledBySignal(SIGABRT), "");
+}
+
+struct AbortRow {
+    const char* line;
+    void (KSBitmap::*copy)(const KSBitmap&);
+    const KSBitmap& source;
+};
+
+TEST(KSBitmapOrder, CopiesThatCannotBeAbort) {
+    KSBitmapRGBA8 target(1, 3);
+    const KSBitmapARGB8 padded(1, 3, 4);
+    const KSBitmapYUV8 yuv(1, 3);
+    const AbortRow rows[] = {
+        {"704", &KSBitmap::copyWithFlipAndSwizzleARGBtoRGBA, padded},
+        {"667", &KSBitmap::copyWithFlip, padded},
+        {"645", &KSBitmap::copyWithFlip, yuv},
+    };
+    for (const AbortRow& row : rows) {
+        const auto copy = [&] {
+            ::dup2(2, 1);  // the line goes to standard output
+            (target.*row.copy)(row.source);
+        };
+        EXPECT_EXIT(copy(), testing::KilledBySignal(SIGABRT),
+                    "^File KSBitmap, line " + std::string(row.line) + " should not have been reached:\n\t");
+    }
+}
+
+TEST(KSBitmapOrder, ABitmapMayBeItsOwnSource) {
+    const Bytes pixels = {1, 2, 3, 4, 5, 6, 7, 8, 255, 10, 11, 12};
+    struct {
+        const char* name;
+        void (*run)(KSBitmap&);
+        Bytes want;
+    } const cases[] = {
+        {"copy", [](KSBitmap& b) { b.copy(b); }, pixels},
+        {"clone", [](KSBitmap& b) { b.clone(b); }, pixels},
+        {"setData", [](KSBitmap& b) { b.setData(b.getData()); }, pixels},
+        {"scaling", [](KSBitmap& b) { b.copyWithScaling(b); }, pixels},
+        {"depth", [](KSBitmap& b) { b.copyWithScalingAndDepthConversion(b); }, pixels},
+        {"cropping", [](KSBitmap& b) { b.copyWithCropping(b, 0, 0, false); }, pixels},
+        {"flip", [](KSBitmap& b) { b.copyWithFlip(b); }, {255, 10, 11, 12, 5, 6, 7, 8, 255, 10, 11, 12}},
+        {"swizzle",
+         [](KSBitmap& b) { b.copyWithSwizzleARGBToRGBA(b); },
+         {2, 3, 4, 1, 6, 7, 8, 5, 10, 11, 12, 255}},
+        {"unPreMult",
+         [](KSBitmap& b) { b.copyWithUnPreMult(b, KSColor::BLACK); },
+         {1, 255, 255, 255, 5, 255, 255, 255, 255, 10, 11, 12}},
+    };
+    for (const auto& [name, run, want] : cases) {
+        KSBitmapARGB8 bitmap(1, 3);
+        fill(bitmap, pixels);
+        run(bitmap);
+        EXPECT_EQ(content(bitmap, 12), want) << name;
+    }
 }
 
 struct CropRow {
@@ -332,6 +453,24 @@ TEST(KSBitmapYUV, FlipsWhileConverting) {
     plain.copy(yuv);
     plain.flip();
     EXPECT_EQ(content(flipped, flipped.getSize()), content(plain, plain.getSize()));
+}
+
+TEST(KSBitmapYUV, AnOddNumberOfPixelsReadsTheLumaOfAWholePair) {
+    KSBitmapYUV8 yuv(3, 1);
+    fill(yuv, {128, 16, 128, 235, 128, 235, 128, 16});  // the last byte lies behind the third pixel
+    KSBitmapARGB8 argb(3, 1);
+    fill(argb, Bytes(20, 7));
+    argb.copy(yuv);
+    EXPECT_THAT(content(argb, 20), ElementsAre(255, 0, 0, 0, 255, 254, 254, 254, 255, 254, 254, 254,  //
+                                               255, 0, 0, 0, 7, 7, 7, 7))
+        << "each pair writes two pixels";
+    KSBitmapYUV8 rows(3, 2);
+    fill(rows, {128, 16, 128, 235, 128, 235, 128, 16, 128, 16, 128, 235, 128, 16});
+    KSBitmapARGB8 flipped(3, 2);
+    flipped.copyWithFlip(rows);
+    // Rows of six bytes: the last pixel takes its V from what follows in memory.
+    EXPECT_THAT(content(flipped, 24), ElementsAre(255, 0, 0, 0, 255, 0, 0, 0, 255, 254, 254, 254,  //
+                                                  255, 0, 0, 0, 255, 254, 254, 254, 255, 254, 254, 254));
 }
 
 // ---- All shapes, all formats, mismatched

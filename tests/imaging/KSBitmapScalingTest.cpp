@@ -89,6 +89,32 @@ TEST(KSBitmapScaling, MovesPixelsOfEveryFormatWhole) {
     }
 }
 
+TEST(KSBitmapScaling, RoundingErrorsDoNotMoveTheColumn) {
+    struct {
+        unsigned source, destination, column, want;
+    } const rows[] = {{30, 22, 11, 15}, {30, 26, 13, 15}};  // 11 * (30 / 22.0) lies just below 15
+    for (const auto& row : rows) {
+        KSBitmapLuminance16 source(row.source, row.source), target(row.destination, row.destination);
+        for (unsigned i = 0; i < row.source * row.source; ++i)
+            components<std::uint16_t>(source)[i] = static_cast<std::uint16_t>(i);
+        target.copyWithScaling(source);
+        EXPECT_EQ(components<std::uint16_t>(target)[row.column], row.want);
+        EXPECT_EQ(components<std::uint16_t>(target)[row.column * row.destination], row.want * row.source);
+    }
+}
+
+TEST(KSBitmapScaling, FormatsWithoutAClassMoveFourBytesAPixel) {
+    KSBitmapRGBA8 source(2, 1);
+    randomize(source);
+    for (const unsigned format : {3u, 10u}) {
+        KSBitmap target(4, 1, 8, 4, format, 0);
+        target.copyWithScaling(source);
+        for (const std::size_t x : {0, 1, 2, 3})
+            EXPECT_EQ(std::memcmp(target.getData() + 4 * x, source.getData() + 4 * (x / 2), 4), 0) << format;
+        EXPECT_EQ(target.getData()[16], 0);
+    }
+}
+
 TEST(KSBitmapScaling, ReadsTheSourceAsItsOwnLayoutAndNotPastItsRegion) {
     KSBitmapLuminance16 source(4, 4);  // 32 bytes of 4096, read as 16 pixels of 16 bytes
     randomize(source);
