@@ -50,22 +50,30 @@ public:
 
     /// The colour's RGB components and alpha; this colour is not changed.
     constexpr void getRGBA(float* r, float* g, float* b, float* a) const;
+    /// One RGB component, as getRGBA gives it; each call converts, so take all at once where all are needed.
     constexpr float getRed() const;
     constexpr float getGreen() const;
     constexpr float getBlue() const;
 
-    // Arithmetic with a scalar, on the components that carry intensity: lightness or value of HSL and HSV,
-    // whiteness of HWB, C of CLU, all three of RGB, YIQ and YUV. A type above 6 changes nothing.
+    /// @name Arithmetic with a scalar
+    /// On the components that carry intensity: lightness or value of HSL and HSV, whiteness of HWB, C of CLU,
+    /// all three of RGB, YIQ and YUV. A type above 6 changes nothing. Alpha stays; nothing is clamped.
+    /// @{
     constexpr void operator+=(float value);
     constexpr void operator-=(float value);
     constexpr void operator*=(float value);
     constexpr void operator/=(float value);  ///< a divisor of exactly 0 changes nothing
+    /// @}
 
-    // Plain arithmetic on all three components, whatever the type. Alpha stays.
+    /// @name Plain arithmetic
+    /// On all three components, whatever the type. Alpha stays. Each returns this colour.
+    /// @{
     constexpr KSColor& add(float value);
     constexpr KSColor& sub(float value);
     constexpr KSColor& mul(float value);
     constexpr KSColor& div(float value);  ///< a divisor of exactly 0 changes nothing
+    /// @}
+
     /// (1 - t) of this colour and t of the other, component by component without a look at either type;
     /// alpha and type stay.
     constexpr KSColor& mix(const KSColor& other, float t);
@@ -93,7 +101,9 @@ public:
     /// the other colour's, converted to this type. Alpha is not looked at.
     constexpr bool colorCompare(const KSColor& other, float tolerance) const;
 
-    // Conversion in place. Nothing is clamped, alpha stays, and a colour already of that type is left alone.
+    /// @name Conversion in place
+    /// Nothing is clamped, alpha stays, and a colour already of that type is left alone.
+    /// @{
     constexpr void convertToHSL();
     constexpr void convertToHSV();
     constexpr void convertToHWB();
@@ -103,20 +113,27 @@ public:
     constexpr void convertToCLU();
     /// One of the seven above; nothing for the current type or for a t above 6.
     constexpr void convert(Type t);
+    /// @}
 
-    // The conversions on loose components, in the order of Type. The outputs must not be null.
+    /// @name The conversions on loose components
+    /// In the order and the units of Type. The outputs must not be null. Nothing is clamped.
+    /// @{
 
+    /// Grey (all three exactly equal) has hue and saturation 0. Hues lie in 0..360.
     static constexpr void RGBtoHSL(float red, float green, float blue, float* h, float* s, float* l);
+    /// Grey, and black (the largest component within 1e-5 of 0), has hue and saturation 0.
     static constexpr void RGBtoHSV(float red, float green, float blue, float* h, float* s, float* v);
     /// A colour whose smallest component is red gets a hue 60 degrees below the place where HWBtoRGB looks
     /// for it (cyan: 120), deliberately, so it does not survive a round trip.
     static constexpr void RGBtoHWB(float red, float green, float blue, float* h, float* w, float* b);
+    /// By a matrix of three digits, as are YUV and the ways back: a round trip is off by a few thousandths.
     static constexpr void RGBtoYIQ(float red, float green, float blue, float* y, float* i, float* q);
     static constexpr void RGBtoYUV(float red, float green, float blue, float* y, float* u, float* v);
     /// In double. Not the exact inverse of CLUtoRGB, deliberately: C is scaled by 0.577 squared here and by
     /// 0.999364 there.
     static constexpr void RGBtoCLU(float red, float green, float blue, float* c, float* l, float* u);
 
+    /// Folds the hue once only, deliberately: right for hues from -240 to 600.
     static constexpr void HSLtoRGB(float h, float s, float l, float* red, float* green, float* blue);
     /// Any hue but exactly 360 (or a multiple that folds to 360) and NaN: those write nothing, unless the
     /// colour is grey. A saturation above 1 counts as 1.
@@ -125,7 +142,9 @@ public:
     static constexpr void HWBtoRGB(float h, float w, float b, float* red, float* green, float* blue);
     static constexpr void YIQtoRGB(float y, float i, float q, float* red, float* green, float* blue);
     static constexpr void YUVtoRGB(float y, float u, float v, float* red, float* green, float* blue);
+    /// In double. See RGBtoCLU.
     static constexpr void CLUtoRGB(float c, float l, float u, float* red, float* green, float* blue);
+    /// @}
 
 private:
     using PairFunction = void(float, float, float, float*, float*, float*);

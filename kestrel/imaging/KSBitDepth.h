@@ -15,6 +15,7 @@ public:
 
     /// Of four channels.
     static unsigned int getBitsPerPixel(Type type);
+    /// Of one channel: 8, 16, 16 or 32.
     static unsigned int getBitsPerChannel(Type type);
     /// The OpenGL internal format.
     static unsigned int getPixelFormat(Type type);

@@ -65,6 +65,7 @@ public:
 
     /// Fresh memory for the present size, instead of any that there is.
     void allocateMemory();
+    /// Gives region and entry back, mapped or not; sizes and format stay. Nothing without memory.
     void deallocateMemory();
     /// Maps the pixels again, anywhere. Nothing when they are mapped.
     void mapIntoMemory();

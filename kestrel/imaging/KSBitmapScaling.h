@@ -20,12 +20,13 @@
 template <typename Bitmap, typename Pixel>
 KESTREL_API void scaleBitmap(Bitmap* destination, const KSBitmap* source);
 
-// Scale source, a bitmap of Pixels, into destination of format 9, 4 and 1. Instantiated for sources of
-// formats 0, 1, 4, 8 and 9. Source first.
-
+/// Scales source, a bitmap of Pixels, into destination, which must be of format 9 (RGBA float). Floats are
+/// taken as they are. Instantiated for sources of formats 0, 1, 4, 8 and 9. Source first.
 template <typename Bitmap, typename Pixel>
 KESTREL_API void scaleAndDepthConvertBitmaptoRGBAFloat(Bitmap* source, KSBitmap* destination);
+/// The same into format 4 (RGBA 16): rounded, clamped to 0..65535.
 template <typename Bitmap, typename Pixel>
 KESTREL_API void scaleAndDepthConvertBitmaptoRGBA16(Bitmap* source, KSBitmap* destination);
+/// The same into format 1 (ARGB 8): rounded, clamped to 0..255.
 template <typename Bitmap, typename Pixel>
 KESTREL_API void scaleAndDepthConvertBitmapToARGB8(Bitmap* source, KSBitmap* destination);

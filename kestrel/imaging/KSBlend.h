@@ -55,11 +55,16 @@ class KESTREL_API KSBlend {
 public:
     KSBlend() = delete;
 
+    /// The entries of a menu in order, separators included. The lists are constant and live for ever.
     static std::span<const KSBlendMode, 35> getLayerBlendModes();
+    /// The same without pass-through and the separator below it.
     static std::span<const KSBlendMode, 33> getElementBlendModes();
 
+    /// The entry at an index of the layer menu; the separator beyond its end.
     static KSBlendMode indexToLayerBlendMode(unsigned int index);
+    /// The entry at an index of the element menu; the separator beyond its end.
     static KSBlendMode indexToElementBlendMode(unsigned int index);
+    /// One of the two above, by layer.
     static KSBlendMode indexToBlendMode(unsigned int index, bool layer);
 
     /// The first index of mode in a menu, so that the separator gives its first place; 0 when it is not
@@ -80,6 +85,8 @@ public:
     static KSString modeName(KSBlendMode mode, bool layer);
     /// The number of names, less 2 when layer is false; so -1 for a table that holds a single name.
     static int modeCount(bool layer);
+    /// The name at position mode of the mask menu, in the user's language; a null text beyond it.
     static KSString maskModeName(KSBlendMode mode);
+    /// The number of names in the mask menu.
     static int maskModeCount();
 };

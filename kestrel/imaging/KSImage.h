@@ -17,6 +17,7 @@ struct KSImageAttributes;
 ///     image.getSize();  // (10 + 4) * 2 * 1 * 4 = 112
 class KESTREL_API KSImage {
 public:
+    /// Stores the numbers unchanged, without any check; kind 0.
     KSImage(std::uint32_t width, std::uint32_t height, std::uint32_t bitsPerChannel, std::uint32_t channels,
             std::uint32_t rowPadding);
     KSImage(const KSImage&) = default;
@@ -30,12 +31,12 @@ public:
     /// Does nothing here.
     virtual void draw();
 
-    std::uint32_t getKind() const { return m_kind; }  ///< 0 for a plain image, 9 for a bitmap
-    std::uint32_t getWidth() const { return m_width; }
-    std::uint32_t getHeight() const { return m_height; }
+    std::uint32_t getKind() const { return m_kind; }      ///< 0 for a plain image, 9 for a bitmap
+    std::uint32_t getWidth() const { return m_width; }    ///< pixels a row
+    std::uint32_t getHeight() const { return m_height; }  ///< rows
     std::uint32_t getBitsPerChannel() const { return m_bitsPerChannel; }  ///< 8, 16 or 32
     std::uint32_t getChannels() const { return m_channels; }              ///< components a pixel
-    std::uint32_t getRowPadding() const { return m_rowPadding; }
+    std::uint32_t getRowPadding() const { return m_rowPadding; }          ///< pixels or bytes: see the class
 
 protected:
     std::uint32_t m_kind = 0;

@@ -29,6 +29,7 @@ struct KESTREL_API KSImageAttributes {
     std::uint32_t reserved1 = 0;           ///< copied only
     std::uint32_t reserved2 = 0;           ///< copied only
 
+    /// Compares the first seven fields (kind to extra) and textureTarget.
     bool operator==(const KSImageAttributes& other) const;
     /// A digest of kind, width, height, bitsPerChannel, channels, flagB, textureTarget and extra.
     KSHash128 getCacheHashKey() const;

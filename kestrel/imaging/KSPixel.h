@@ -36,6 +36,7 @@ struct KSPixelInfoLuminance16 : KSPixelInfo<std::uint16_t, 7, 1, -1> {};
 struct KSPixelInfoRGBAHalfFloat : KSPixelInfo<half, 8, 4, 3> {};
 struct KSPixelInfoRGBAFloat : KSPixelInfo<float, 9, 4, 3> {};
 
+/// The components of one pixel, in memory order, without padding.
 template <typename PixelInfo, unsigned int count>
 struct KSPixelN {
     static_assert(PixelInfo::channels == count);
@@ -43,12 +44,16 @@ struct KSPixelN {
     using Component = typename Info::Component;
     Component components[count];
 };
+/// One component: luminance.
 template <typename PixelInfo>
 struct KSPixel1 : KSPixelN<PixelInfo, 1> {};
+/// Two components: luminance and alpha.
 template <typename PixelInfo>
 struct KSPixel2 : KSPixelN<PixelInfo, 2> {};
+/// Three components: red, green, blue.
 template <typename PixelInfo>
 struct KSPixel3 : KSPixelN<PixelInfo, 3> {};
+/// Four components: colour and alpha, in the order of the layout.
 template <typename PixelInfo>
 struct KSPixel4 : KSPixelN<PixelInfo, 4> {};
 /// One pixel of a pair: a chroma byte (U of even pixels, V of odd ones) and its luma.
