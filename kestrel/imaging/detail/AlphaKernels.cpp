@@ -149,9 +149,9 @@ HWY_INLINE std::size_t Unpremultiply8(std::uint8_t* pixels, std::size_t count, M
         // Nothing to take away, and nothing is negative or near the two floats that need more care.
         return Divide8<alphaFirst, false>(
             pixels, pixels, count, matte, clear, [](auto df, auto c, auto, auto inverse) HWY_ATTR {
-                const auto p = hn::Mul(hn::Mul(c, inverse), hn::Set(df, 255.0f));
-                return hn::ConvertTo(hn::RebindToSigned<decltype(df)>(),
-                                     hn::Add(hn::Min(p, hn::Set(df, 255.0f)), hn::Set(df, 0.5f)));
+                // Fused or not, all pairs of colour and alpha come out alike.
+                const auto p = hn::MulAdd(hn::Mul(c, inverse), hn::Set(df, 255.0f), hn::Set(df, 0.5f));
+                return hn::ConvertTo(hn::RebindToSigned<decltype(df)>(), hn::Min(p, hn::Set(df, 255.0f)));
             });
     return Divide8<alphaFirst, true>(
         pixels, pixels, count, matte, clear, [](auto df, auto c, auto, auto inverse) HWY_ATTR {

@@ -18,14 +18,15 @@ namespace kestrel::detail::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
 /// v * (1 / 255) for 0 <= v <= 255, and v * (1 / 65535) for 0 <= v <= 65535, rounded once: the first product
-/// is exact, and the sum of both has the bits of the product in double, for every value.
+/// is exact (so a fused sum has the same bits), and the sum of both has the bits of the product in double,
+/// for every value.
 template <class DF, class V>
 HWY_INLINE V Unit8(DF df, V v) {
-    return hn::Add(hn::Mul(v, hn::Set(df, 0x1.01p-8f)), hn::Mul(v, hn::Set(df, 0x1.010102p-24f)));
+    return hn::MulAdd(v, hn::Set(df, 0x1.01p-8f), hn::Mul(v, hn::Set(df, 0x1.010102p-24f)));
 }
 template <class DF, class V>
 HWY_INLINE V Unit16(DF df, V v) {
-    return hn::Add(hn::Mul(v, hn::Set(df, 0x1p-16f)), hn::Mul(v, hn::Set(df, 0x1.0001p-32f)));
+    return hn::MulAdd(v, hn::Set(df, 0x1p-16f), hn::Mul(v, hn::Set(df, 0x1.0001p-32f)));
 }
 
 /// clamp(floor(p + 0.5 + 1e-7), 0, limit), with 0 for NaN. Adding 0.5 in float gives the same but for the
