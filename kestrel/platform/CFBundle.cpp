@@ -102,6 +102,17 @@ public:
         return nullptr;
     }
 
+    /// The folders that hold tables of the bundle, a line each.
+    std::string listFolders(CFBundleRef bundle) {
+        const std::string name = utf8Of(unitsOf(bundle->identifier));
+        const std::lock_guard lock(m_mutex);
+        std::string lines;
+        for (const fs::path& folder : m_folders)
+            if (isFolder(folder / name))
+                lines += (lines.empty() ? "" : "\n") + (folder / name).lexically_normal().string();
+        return lines;
+    }
+
 private:
     Library() {
         // Beside the library's own folder, where an installation and the build tree both keep them, also
@@ -153,6 +164,12 @@ CFBundleRef CFBundleGetBundleWithIdentifier(CFStringRef identifier) {
 }
 
 CFStringRef CFBundleGetIdentifier(CFBundleRef bundle) { return bundle ? bundle->identifier : nullptr; }
+
+CFStringRef CFBundleCopyTableFolders(CFBundleRef bundle) {
+    if (!bundle) return nullptr;
+    const std::string folders = Library::get().listFolders(bundle);
+    return CFStringCreateWithCString(nullptr, folders.c_str(), kCFStringEncodingUTF8);
+}
 
 CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value,
                                         CFStringRef tableName) {

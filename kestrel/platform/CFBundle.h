@@ -38,6 +38,9 @@ KESTREL_API bool CFBundleAddSearchFolder(const char* path);
 KESTREL_API CFBundleRef CFBundleGetBundleWithIdentifier(CFStringRef identifier);
 /// The identifier, not retained; null for a null bundle.
 KESTREL_API CFStringRef CFBundleGetIdentifier(CFBundleRef bundle);
+/// The folders that hold tables of the bundle, in the order of the search, a line each; empty when there are
+/// none and the library's own tables come from within it. Null for a null bundle.
+KESTREL_API CFStringRef CFBundleCopyTableFolders(CFBundleRef bundle);
 /// The text of key in a table ("Localizable" for null). Without one: value, or, when that is null or empty,
 /// the key itself. The caller releases the result, which is null only for a null key and value.
 KESTREL_API CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value,

@@ -43,6 +43,11 @@ void printLibrary() {
     KSLibrary::getDependencies(&text);
     line("stands on", utf8(text));
     KSLibrary::getVectorTargets(&text);
+    const CFStringRef found =
+        CFBundleCopyTableFolders(CFBundleGetBundleWithIdentifier(CFSTR(KESTREL_BUNDLE_IDENTIFIER)));
+    const KSString folders(found);
+    CFRelease(found);
+    line("string tables", folders.empty() ? "compiled in" : utf8(folders));
     line("vector instructions", utf8(text) + " (the first is used)");
 }
 
