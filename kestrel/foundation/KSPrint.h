@@ -7,7 +7,8 @@
 //
 // Threads    no lock: lines of several threads may interleave, and two threads that print for the first
 //            time at once may both open the log file.
-// Errors     a log file that cannot be opened drops the message; the next message tries again.
+// Errors     a log file that cannot be opened drops the message; the next message tries again. Its name
+//            is never followed when it is a symbolic link: messages are dropped as long as it is one.
 // Example
 //     KSPrint("%d frames\n", count);
 //     KSPrintIndent(2, "layer %s\n", name);  // four blanks first
@@ -41,6 +42,7 @@ KESTREL_API void KSPrintStack(int skip, int ignored, bool* verbose);
 struct CrawlFrame {
     std::uintptr_t programCounter;
     std::uintptr_t frameAddress;
-    char* symbolName;       ///< from malloc, with the leading underscore of the symbol table; null if unknown
+    char* symbolName;       ///< from malloc; null if unknown. A mangled C++ name has one more underscore
+                            ///< in front ("__Z..."), a C name stands as it is
     std::uintptr_t offset;  ///< of the program counter from the symbol's start, bytes
 };

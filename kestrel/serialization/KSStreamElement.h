@@ -24,15 +24,17 @@
 ///            is narrowed from a double, so that 1e39 is infinity. -1 read as unsigned wraps around.
 /// Values     successive reads of the value give successive blank-separated numbers: "1 2 3" gives three,
 ///            and then false. A read that fails or finds no number stays where it is; blanks alone read
-///            once as 0.
+///            once as 0. A loop over values needs a bound of its own: at "1 x" every further read stays
+///            at the x and answers 0 and true.
 /// Ownership  the stream owns its elements; scope and handler are borrowed. Text that the reader takes
 ///            from its document is converted when it is asked for, not before.
 /// Threads    that of the stream.
 /// Example
 ///     int width = 0, height = 0;
 ///     element.getAttributeAsInt32(widthToken, &width);
-///     double key;
-///     while (element.getAsDouble(&key)) keys.push_back(key);
+///     double matrix[9];
+///     for (double& entry : matrix)
+///         if (!element.getAsDouble(&entry)) return false;
 class KESTREL_API KSStreamElement {
 public:
     KSStreamElement(unsigned int token, const KSScope* scope, KSSerializer* handler)
