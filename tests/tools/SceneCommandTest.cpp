@@ -335,7 +335,7 @@ TEST_F(SceneCommand, HugeButSoundDocumentsPass) {
     const std::string sample = contents(samples + "title.xml");
     std::string deep = sample, wide = sample, laughs = sample;
     deep.insert(deep.find("</project>"), repeat("<a>", 100'000) + repeat("</a>", 100'000));
-    wide.replace(wide.find("Sky"), 3, std::string(16 << 20, 'S'));
+    wide.replace(wide.find("Sky"), 3, std::string(64 << 20, 'S'));
     laughs.replace(laughs.find("zuxmlscene>"), 11,
                    "zuxmlscene [<!ENTITY a \"ha\"><!ENTITY b \"" + repeat("&a;", 1000) + "\"><!ENTITY c \"" +
                        repeat("&b;", 1000) + "\"><!ENTITY d \"" + repeat("&c;", 1000) + "\">]>");
@@ -370,6 +370,9 @@ const TroubleRow troubleRows[] = {
     {"FingerprintToFull", "fingerprint in.xml >/dev/full", 2, "standard output: No space left on device\n"},
     {"ClosedOutput", "print in.xml >&-", 2, "kestrel: standard output: Bad file descriptor\n"},
     {"ClosedInput", "check - <&-", 2, "kestrel: -: Bad file descriptor\n"},
+    {"ReadOnlyPlace", "copy in.xml /proc/out.xml", 1, "kestrel: cannot write /proc/out.xml: "},
+    {"FolderAsInputToCopy", "copy . out.xml", 2, "kestrel: .: it is a folder\n"},
+    {"VanishedBeforeCheck", "check in.xml gone.xml", 2, "kestrel: gone.xml: No such file or directory\n"},
     {"NoSize", "generate x.xml", 106, "--size"},
     {"BadSize", "generate x.xml --size lots", 105, "--size"},
 };
@@ -395,6 +398,22 @@ TEST_F(SceneCommand, AReaderThatGoesAwayIsAnErrorNotASignal) {
         EXPECT_NE(result.status, 0);
         EXPECT_LT(result.status, 128) << "ended by a signal";
         EXPECT_NE(result.errors.find("standard output: Broken pipe"), std::string::npos) << result.errors;
+    }
+}
+
+TEST_F(SceneCommand, AnInterruptLeavesNothingBehind) {
+    for (const auto& [signal, status] : {std::pair("INT", 130), {"TERM", 143}}) {
+        SCOPED_TRACE(signal);
+        put("out.xml", "precious");
+        // The signal comes once the temporary file is there; the size takes far longer than that.
+        const Result generated =
+            run(std::string("generate --force out.xml --size 2GB & until ls .kestrel-* >/dev/null 2>&1; do "
+                            ":; done; kill -") +
+                signal + " $!; wait $!");
+        EXPECT_EQ(generated.status, status) << generated.errors;
+        EXPECT_NE(generated.errors.find("kestrel: interrupted\n"), std::string::npos) << generated.errors;
+        EXPECT_EQ(contents(file("out.xml")), "precious");
+        EXPECT_EQ(fileCount(), 1);
     }
 }
 

@@ -13,6 +13,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "Terminal.h"
+
 namespace kestrel::tools {
 
 namespace {
@@ -21,7 +23,7 @@ namespace {
 bool writeFully(int descriptor, const char* bytes, std::size_t size) {
     while (size > 0) {
         const ssize_t count = ::write(descriptor, bytes, size);
-        if (count < 0 && errno == EINTR) continue;
+        if (count < 0 && errno == EINTR && !isInterrupted()) continue;
         if (count <= 0) return false;
         bytes += count;
         size -= static_cast<std::size_t>(count);

@@ -13,7 +13,7 @@ namespace kestrel::tools {
 
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t interrupted = 0;  // the signal
 
 std::string_view environment(const char* name) {
     const char* value = std::getenv(name);
@@ -31,11 +31,14 @@ int terminalColors() {
 
 bool isInterrupted() { return interrupted != 0; }
 
+int interruptStatus() { return isInterrupted() ? 128 + static_cast<int>(interrupted) : 0; }
+
 void catchInterrupts() {
     struct sigaction action {};
-    action.sa_handler = [](int) { interrupted = 1; };
+    action.sa_handler = [](int signal) { interrupted = signal; };
     action.sa_flags = static_cast<int>(SA_RESETHAND);  // the next one ends the process
     sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
 }
 
 Progress::Progress(std::size_t total, std::string unit)

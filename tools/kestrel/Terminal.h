@@ -12,9 +12,11 @@ namespace kestrel::tools {
 /// 16777216.
 int terminalColors();
 
-/// True once the user has pressed Ctrl-C. The first one only asks for an end; the second ends the process.
+/// True once an end was asked for, by Ctrl-C or SIGTERM; the second such signal of a kind ends the process.
 bool isInterrupted();
-/// From now on Ctrl-C sets isInterrupted instead of ending the process.
+/// The exit status that says so: 128 and the number of the signal; 0 without one.
+int interruptStatus();
+/// From now on Ctrl-C and SIGTERM set isInterrupted instead of ending the process.
 void catchInterrupts();
 
 /// Progress of a known number of steps: a bar with the rate on a terminal, a line a step otherwise.

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "Terminal.h"
 #include "scene/DocumentFile.h"
 #include "scene/Output.h"
 #include "scene/Progress.h"
@@ -122,21 +123,30 @@ int print(const Options& options) {
 
 // ---- writing ----
 
+/// Says that the work was interrupted, after which OUT is as it was.
+int interruption() {
+    complain("interrupted");
+    return interruptStatus();
+}
+
 /// Opens OUT, lets fill write to it, and puts the document in its place when fill is content.
 template <class Fill>
 int writeDocument(const std::string& path, const Fill& fill) {
-    Output output;  // a closed pipe is an error, not a signal
+    Output output;      // a closed pipe is an error, not a signal
+    catchInterrupts();  // so that the temporary file goes
     try {
         DocumentFile file(path);
         KSXMLWriteStream stream(file.stream());
         SceneWriter writer(stream);
         errno = 0;
         const int status = fill(writer, file);
+        if (isInterrupted()) return interruption();
         if (status != 0) return status;
         if (!writer.end()) file.fail(errno);
         file.commit();
         return 0;
     } catch (const std::exception& error) {
+        if (isInterrupted()) return interruption();
         complain(std::string("cannot write ") + error.what());
         return faulty;
     }
@@ -148,7 +158,7 @@ int copy(const Options& options) {
         const auto reader = openOrComplain(options.in, writer, toStandardError(options.in));
         if (!reader) return unreadable;
         if (!reader->readDocument() || reader->hasFaults()) {
-            if (!writer.isGood()) return 0;  // the fault is the output's, and is told there
+            if (!writer.isGood() || isInterrupted()) return 0;  // told where the output is closed
             complain(options.in + ": not copied, because of what is said above");
             return faulty;
         }
@@ -180,10 +190,10 @@ int make(const Options& options) {
         if (options.size == 0) {
             makeSample(writer, seedOf(options));
         } else {
-            Progress progress(options.out, static_cast<double>(options.size));
+            scene::Progress progress(options.out, static_cast<double>(options.size));
             makeLarge(writer, seedOf(options), [&] {
                 progress.update(static_cast<double>(file.size()));
-                return file.size() >= options.size;
+                return isInterrupted() || file.size() >= options.size;
             });
         }
         return 0;

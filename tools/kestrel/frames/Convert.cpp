@@ -136,7 +136,7 @@ private:
                      m_tasks.size(), seconds, static_cast<double>(m_converted) / std::max(seconds, 1e-6),
                      m_failed > 0 ? (", " + std::to_string(m_failed) + " failed").c_str() : "",
                      isInterrupted() ? ", interrupted: --resume goes on" : "");
-        return isInterrupted() ? 130 : m_failed > 0 ? 1 : 0;
+        return isInterrupted() ? interruptStatus() : m_failed > 0 ? 1 : 0;
     }
 
     const ConvertOptions& m_options;

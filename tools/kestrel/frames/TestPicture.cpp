@@ -61,7 +61,7 @@ int makeTestSequence(const TestOptions& options) {
         writeImage(path, *convertBitmap(std::move(picture), Conversion{}, depth, path));
         progress.step(path);
     }
-    return isInterrupted() ? 130 : 0;
+    return interruptStatus();
 }
 
 }  // namespace kestrel::tools

@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "../Terminal.h"
 #include "Text.h"
 
 namespace kestrel::tools::scene {
@@ -35,7 +36,7 @@ public:
     std::size_t read(char* bytes, std::size_t size) const {
         ssize_t count;
         do count = ::read(m_fd, bytes, size);
-        while (count < 0 && errno == EINTR);
+        while (count < 0 && errno == EINTR && !isInterrupted());
         if (count < 0) fail();
         return static_cast<std::size_t>(count);
     }
@@ -112,6 +113,7 @@ bool SceneReader::readDocument() {
 }
 
 KSStreamElement* SceneReader::getElementInfo(const char* name) {
+    if (isInterrupted() && !m_stopped) stop();
     if (++m_elementCount % 512 == 0) m_progress.update(static_cast<double>(getLineNumber()));
     KSStreamElement* element = KSXMLReadStream::getElementInfo(name);
     while (!m_lines.empty() && m_lines.back().element != currentElement()) m_lines.pop_back();
