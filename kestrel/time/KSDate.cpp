@@ -80,6 +80,7 @@ std::uint32_t KSDate::getSaveVal() const noexcept {
 }
 
 int KSDate::setFromSaveVal(unsigned int value) noexcept {
+    tzset();
     const auto byte = [value](int shift) { return static_cast<int>(value >> shift & 0xFF); };
     m_seconds = midnight(byte(24), byte(16) - 1, 1900 + byte(8));
     return m_seconds;
@@ -95,6 +96,7 @@ bool KSDate::saveString(KSString* out) const {
 }
 
 bool KSDate::loadString(const char* text) {
+    tzset();
     if (!text) return false;
     int day = 0;
     int year = 0;

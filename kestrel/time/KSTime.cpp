@@ -47,7 +47,7 @@ void KSTime::add(int addSeconds, int addMicroseconds) noexcept {
 }
 
 void KSTime::add(float addSeconds) noexcept {
-    if (std::isnan(addSeconds)) return;
+    if (std::isnan(addSeconds)) addSeconds = 0.0f;
     const float rest = std::isinf(addSeconds) ? 0.0f : addSeconds - std::floor(addSeconds + 0.00001f);
     addAndNormalise(*this, truncate(addSeconds), truncate(rest * 1000000.0f));
 }

@@ -36,7 +36,7 @@ public:
     ///
     /// The two rules are deliberately not the same. They part for negative arguments (-1.5 moves the
     /// instant by -0.5 s) and just below a whole number (2.999995 moves it by 1.999995 s). Not a number
-    /// adds nothing.
+    /// counts as 0.
     void add(float addSeconds) noexcept;
 
     /// True at or after this instant.

@@ -90,6 +90,24 @@ const auto saveRows = std::to_array<SaveRow>({
     {0x1E0C6F00, "30-Dec-2011", 1325203200},  // a day that Apia never had
 });
 
+// tzset() puts what TZ says into ::timezone.
+TEST(KSDate, SaveFormsReadTheZoneAgain) {
+    const struct {
+        const char* name;
+        void (*use)(KSDate&);
+    } rows[] = {{"save value", [](KSDate& date) { date.setFromSaveVal(0x07036900); }},
+                {"save text", [](KSDate& date) { EXPECT_TRUE(date.loadString("07-Mar-2005")); }},
+                {"null text", [](KSDate& date) { EXPECT_FALSE(date.loadString(nullptr)); }}};
+    for (const auto& row : rows) {
+        ZoneForTest inUtc("UTC0");
+        EXPECT_EQ(::timezone, 0) << row.name;
+        setenv("TZ", "XYZ5", 1);
+        KSDate date;
+        row.use(date);
+        EXPECT_EQ(::timezone, 5 * 3600) << row.name;
+    }
+}
+
 TEST(KSDate, SaveFormsAreMidnightUtcInEveryZoneAndSeason) {
     for (const char* zone : zones) {
         ZoneForTest inZone(zone);

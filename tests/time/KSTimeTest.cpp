@@ -60,6 +60,7 @@ const auto addFloatRows = std::to_array<AddFloatRow>({
     {2.25f, {102, 250000}},
     {-1.5f, {99, 500000}},       // 99 s and (-1.5 - -2) s
     {2.999995f, {101, 999995}},  // 102 s and (2.999995 - 3) s
+    {2.99998f, {102, 999980}},   // far enough below a whole number
     {-0.25f, {100, 750000}},     // forwards: the whole part is 0
     {16777216.0f, {16777316, 0}},
     {1e30f, {intMax, 0}},
@@ -69,6 +70,14 @@ const auto addFloatRows = std::to_array<AddFloatRow>({
     {std::numeric_limits<float>::quiet_NaN(), {100, 0}},
     {std::numeric_limits<float>::denorm_min(), {100, 0}},
 });
+
+TEST(KSTime, AddingSecondsNormalisesEvenWhenNothingIsAdded) {
+    for (const float nothing : {0.0f, std::numeric_limits<float>::quiet_NaN()}) {
+        KSTime time(5, -1);
+        time.add(nothing);
+        EXPECT_EQ(time, KSTime(4, 999999)) << nothing;
+    }
+}
 
 TEST(KSTime, AddsSecondsInSinglePrecision) {
     for (const auto& row : addFloatRows) {

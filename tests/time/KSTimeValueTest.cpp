@@ -10,6 +10,8 @@ namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
+static_assert(KSRecipFrameParts == 0.00390625);
+
 struct RateRow {
     double given, rate;
     bool ntsc;
