@@ -34,6 +34,11 @@ constexpr TimeRow rows[] = {
      "       1799  00:00:59;29           0\n"
      "       1800  00:01:00;02           2\n"
      "       1801  00:01:00;03           2\n"},
+    {"AroundADropPointBeforeZero", "", "timecode --around=-1799 --rows 1", 0,
+     "      frame  timecode        skipped\n"
+     "      -1800  -00:01:00;02         -2\n"
+     "      -1799  -00:00:59;29          0\n"
+     "      -1798  -00:00:59;28          0\n"},
     {"AroundTheLastFrame", "", "timecode --around 2147483647 --mode '24 FPS' --rows 1", 0,
      "      frame  timecode        skipped\n"
      " 2147483646  24855:08:05:06        0\n"

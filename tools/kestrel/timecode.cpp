@@ -165,8 +165,11 @@ void printAround(std::int64_t middle, int rows, const KSTimecodeMode& mode) {
     std::printf("%11s  %-14s  %7s\n", "frame", "timecode", "skipped");
     for (auto frame = first; frame <= last; ++frame) {
         const int index = static_cast<int>(frame);
-        std::printf("%11d  %-14s  %7d\n", index, formatFrame(index, mode).c_str(),
-                    KSTimecode::getDroppedFrames(index, mode));
+        // The text of a negative frame is that of its absolute value behind a sign; so is its count.
+        const int size = index < 0 ? -std::max(index, -Limits::max()) : index;
+        const std::int64_t dropped = KSTimecode::getDroppedFrames(size, mode);
+        std::printf("%11d  %-14s  %7lld\n", index, formatFrame(index, mode).c_str(),
+                    static_cast<long long>(index < 0 ? -dropped : dropped));
     }
 }
 
