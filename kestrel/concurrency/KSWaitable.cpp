@@ -2,6 +2,7 @@
 
 #include <kestrel/platform/detail/Polling.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -52,18 +53,19 @@ private:
 }  // namespace
 
 void KSWaitable::wait(const std::vector<KSWaitable>& list) {
+    const auto last = std::find_if(list.rbegin(), list.rend(),
+                                   [](const KSWaitable& entry) { return entry.m_function != nullptr; });
+    if (last != list.rend()) return last->m_function(list);
+
     PollSet descriptors(list.size());
     if (!descriptors.isValid()) return;
-    Function function = nullptr;
     KSTime deadline = never;
     for (const KSWaitable& entry : list) {
-        if (entry.m_function) function = entry.m_function;
         if (entry.m_descriptor >= 0)
             descriptors.add(entry.m_descriptor);
         else if (isBefore(entry.m_deadline, deadline))
             deadline = entry.m_deadline;
     }
-    if (function) return function(list);
 
     const bool isEndless = deadline == never;
     if (isEndless && descriptors.isEmpty()) return;

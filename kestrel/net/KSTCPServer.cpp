@@ -8,6 +8,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <new>
+
 using namespace kestrel::detail;
 
 KSTCPServer::~KSTCPServer() { close(); }
@@ -38,7 +41,13 @@ KSTCPStream* KSTCPServer::accept() {
         m_error = getSystemError();
         return nullptr;
     }
-    return new KSTCPStream(descriptor, KSIPSocket(peer.address, peer.port));
+    auto* const stream = new (std::nothrow) KSTCPStream(descriptor, KSIPSocket(peer.address, peer.port));
+    if (!stream) {
+        ::close(descriptor);
+        errno = ENOMEM;
+        m_error = getSystemError();
+    }
+    return stream;
 }
 
 KSWaitable KSTCPServer::getWaitable() const { return KSWaitable(m_descriptor); }

@@ -12,11 +12,11 @@ KSUDPData::~KSUDPData() { close(); }
 
 bool KSUDPData::bind(KSIPSocket* local) {
     m_error.clear();
+    close();
     if (!local) {
         m_error.set("No socket passed");
         return false;
     }
-    close();
     m_descriptor = openDatagramSocket();
     const int on = 1;
     Endpoint bound;

@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::uint64_t windowStart = 0x70000000;
 constexpr std::uint64_t windowEnd = 0x90000000;
+constexpr std::uint64_t kernelStart = std::uint64_t{1} << 63;  // the kernel's half of the addresses
 
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -59,6 +60,7 @@ bool readRegions(const std::string& tables, MemoryStatistics& out) {
     std::uint64_t end;
     while (std::fscanf(file.get(), "%" SCNx64 "-%" SCNx64 "%*[^\n]", &start, &end) == 2) {
         if (end < start) return false;
+        if (start >= kernelStart) break;  // a page that the kernel shows to every process
         out.regions += end - start;
         const std::uint64_t inWindowStart = std::clamp(start, windowStart, windowEnd);
         out.sharedWindow += std::clamp(end, windowStart, windowEnd) - inWindowStart;

@@ -77,6 +77,8 @@ TEST(KSUDPData, FailuresCloseTheSocketAndSayWhy) {
     EXPECT_EQ(textOf(data.getError()), "No socket passed");
     EXPECT_TRUE(data.bind());
     EXPECT_TRUE(data.getError().empty());
+    EXPECT_FALSE(data.bind(nullptr));  // gives up the socket that it had
+    EXPECT_EQ(data.getWaitable().getDescriptor(), -1);
     EXPECT_FALSE(data.bind(&taken.address));
     EXPECT_EQ(textOf(data.getError()), std::strerror(EADDRINUSE));
     EXPECT_EQ(data.getWaitable().getDescriptor(), -1);
