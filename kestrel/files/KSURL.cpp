@@ -91,7 +91,8 @@ char* KSURL::getString(unsigned int* length) const {
     CFIndex written = 0;
     CFStringGetBytes(path.get(), CFRangeMake(0, units), kCFStringEncodingMacRoman, '?', false,
                      reinterpret_cast<UInt8*>(bytes), units, &written);
-    if (CFURLHasDirectoryPath(m_url) && units > 1) bytes[written++] = '/';
+    const bool isRoot = written == 1 && bytes[0] == '/';
+    if (CFURLHasDirectoryPath(m_url) && !isRoot) bytes[written++] = '/';
     bytes[written] = '\0';
     if (length) *length = static_cast<unsigned int>(written);
     return bytes;

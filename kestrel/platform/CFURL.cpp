@@ -8,6 +8,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <new>
@@ -103,6 +104,19 @@ std::size_t extensionDot(std::string_view name) {
     return dot == 0 || dot + 1 == name.size() ? std::string_view::npos : dot;
 }
 
+/// A relative path: a colon in its first segment would read as the end of a scheme, so it is escaped too.
+std::string escapeRelativePath(std::string_view path) {
+    const std::size_t firstEnd = std::min(path.find('/'), path.size());
+    std::string text;
+    for (const char c : kestrel::detail::escapePath(path.substr(0, firstEnd))) {
+        if (c == ':')
+            text += "%3A";
+        else
+            text += c;
+    }
+    return text + kestrel::detail::escapePath(path.substr(firstEnd));
+}
+
 std::string colonPath(std::string_view path) {
     std::string result;
     const bool absolute = path.starts_with('/');
@@ -182,10 +196,7 @@ CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef, const UInt8* pa
                                                  Boolean isDirectory) {
     if (!path || length <= 0) return nullptr;
     const std::string_view bytes(reinterpret_cast<const char*>(path), static_cast<std::size_t>(length));
-    std::string text = escapePath(bytes);
-    if (bytes[0] != '/') {  // a colon in the first segment would read as a scheme
-        for (std::size_t colon; (colon = text.find(':')) < text.find('/');) text.replace(colon, 1, "%3A");
-    }
+    std::string text = bytes[0] == '/' ? escapePath(bytes) : escapeRelativePath(bytes);
     if (isDirectory && text.back() != '/') text += '/';
     return createURL(bytes[0] == '/' ? "file://" + text : text);
 }
@@ -253,10 +264,8 @@ CFURLRef CFURLCreateCopyDeletingPathExtension(CFAllocatorRef, CFURLRef url) {
         return url;
     }
     name.erase(dot);
-    std::string escaped = escapePath(name);
-    if (url->pathStart == 0 && path.folder.empty())
-        for (std::size_t colon = 0; (colon = escaped.find(':', colon)) != std::string::npos;)
-            escaped.replace(colon, 1, "%3A");
+    const bool isFirst = url->pathStart == 0 && path.folder.empty();
+    const std::string escaped = isFirst ? escapeRelativePath(name) : escapePath(name);
     const bool isDirectory = url->getPath().ends_with('/');
     return createURL(url->text.substr(0, url->pathStart) + std::string(path.folder) + escaped +
                      (isDirectory ? "/" : "") + url->text.substr(url->pathEnd));

@@ -145,9 +145,23 @@ TEST(KSURL, CopiesAreIndependentAndSelfAssignmentChangesNothing) {
 
 TEST(KSURL, BytesOfTheWholePath) {
     EXPECT_EQ(bytesOf(KSURL(KSString("/a b/c"), false)), "/a b/c");
+    EXPECT_EQ(bytesOf(KSURL(KSString("a"), true)), "a/");
+    EXPECT_EQ(bytesOf(KSURL(KSString("."), true)), "./");
     EXPECT_EQ(bytesOf(KSURL(KSString("/folder"), true)), "/folder/");  // a folder keeps its slash
     EXPECT_EQ(bytesOf(KSURL("/", true)), "/");
     EXPECT_EQ(bytesOf(KSURL("/\xC3\xA9\xE2\x82\xAC\xE3\x81\x82\xF0\x9F\x8E\xAC|\xFF", false)),
               "/\x8e\xdb??|?");
     EXPECT_EQ(bytesOf(KSURL(std::string(100000, 'x').c_str(), false)), std::string(100000, 'x'));
+}
+
+TEST(KSURL, AColonInAFirstSegmentOfAnyLengthIsEscaped) {
+    const std::string colons(1 << 20, ':');
+    const std::string path = colons + ".mov/x:y";
+    const KSURL url(path.c_str(), false);
+    EXPECT_EQ(bytesOf(url), path);
+    const std::string text = utf8(url.getAsURLString());
+    EXPECT_EQ(text.size(), 3 * colons.size() + 8);
+    EXPECT_TRUE(text.starts_with("%3A%3A"));
+    EXPECT_TRUE(text.ends_with("%3A.mov/x:y"));
+    EXPECT_EQ(utf8(KSURL((colons + ".mov").c_str(), false).getShortFilename()), colons);
 }
