@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <vector>
 
 namespace {
@@ -19,11 +20,11 @@ std::FILE* logStream = nullptr;
 
 const char* theProgName = "UNKNOWN";
 
-/// The demangled form of a symbol-table name, which starts with an underscore; the name itself when it is
-/// an Objective-C method or no mangled name.
+/// The demangled form of a name "__Z...", which is a mangled name with the underscore of the symbol table;
+/// any other name as it is. (The demangler would take the C functions xi and nl for types.)
 struct ReadableName {
     explicit ReadableName(const char* symbol) : text(symbol) {
-        if (symbol[0] == '-' || symbol[0] == '+' || symbol[0] == '\0') return;
+        if (std::strncmp(symbol, "__Z", 3) != 0) return;
         std::size_t size = 1024;
         buffer = static_cast<char*>(std::malloc(size));
         int status = -1;

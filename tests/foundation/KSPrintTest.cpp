@@ -90,6 +90,8 @@ TEST(KSPrint, LogIsFlushedAfterEveryMessage) {
     EXPECT_EQ(runProbe("log-crash", "").log, "before the crash\n");
 }
 
+TEST(KSPrint, StaleLogIsEmptiedFirst) { EXPECT_EQ(runProbe("log-stale", "").log, "fresh\n"); }
+
 TEST(KSPrint, ForkedChildGoesOnInItsParentsLog) {
     const ProbeRun run = runProbe("log-fork", "");
     EXPECT_TRUE(run.succeeded());
@@ -131,6 +133,21 @@ TEST(KSPrintStack, PrintsDemangledFramesInnermostFirst) {
     const ProbeRun verbose = runProbe("stack-verbose");
     EXPECT_THAT(verbose.output, HasSubstr(":\n\tFrame\t\tPC\t\t\tCaller +offset\n\t0x"));
     EXPECT_THAT(verbose.output, HasSubstr("\tprobeFrame(int, bool*) +0x"));
+}
+
+TEST(KSPrintStack, CNamesAreNotTakenForTypes) {
+    EXPECT_THAT(runProbe("stack-short-name").output, HasSubstr("\txi\n"));
+}
+
+TEST(KSPrintStack, FramesWithoutANameAreUnknown) {
+    const auto firstFrame = [](const std::string& output, const char* header) {
+        const std::size_t start = output.find(header) + std::string(header).size();
+        return output.substr(start, output.find('\n', start) - start);
+    };
+    EXPECT_THAT(firstFrame(runProbe("stack-nameless").output, ":\n"),
+                MatchesRegex("\t0x[0-9A-F]{8,16}\t<UNKNOWN>"));
+    EXPECT_THAT(firstFrame(runProbe("stack-nameless-verbose").output, "+offset\n"),
+                MatchesRegex("\t0x[0-9A-F]{8,16}\t0x[0-9A-F]{8,16}\t<UNKNOWN>"));
 }
 
 TEST(KSPrintStack, SkipsFramesOfTheCallerOnce) {

@@ -20,6 +20,18 @@ extern "C" [[gnu::noinline]] void probe_c_frame(bool* verbose) {
     asm volatile("");
 }
 
+// A C function whose name alone would demangle as a type.
+extern "C" [[gnu::noinline]] void xi(bool* verbose) {
+    probeFrame(0, verbose);
+    asm volatile("");
+}
+
+// Not exported, so that no name is found for its frame.
+[[gnu::noinline]] static void namelessFrame(bool* verbose) {
+    KSPrintStack(0, 0, verbose);
+    asm volatile("");
+}
+
 int main(int argc, char** argv) {
     const std::string_view mode = argc > 1 ? argv[1] : "";
     bool verbose = false;  // only its address counts
@@ -37,6 +49,15 @@ int main(int argc, char** argv) {
     if (mode == "log-crash") {  // the message is in the file although nothing closes it
         KSPrint("before the crash\n");
         _exit(0);
+    }
+    if (mode == "log-stale") {
+        char path[64];
+        snprintf(path, sizeof path, "/tmp/output.%d.log", static_cast<int>(getpid()));
+        std::FILE* stale = std::fopen(path, "w");
+        if (!stale) return 2;
+        std::fputs("of an earlier process with this id\n", stale);
+        std::fclose(stale);
+        KSPrint("fresh\n");
     }
     if (mode == "log-fork") {
         KSPrint("parent %d\n", static_cast<int>(getpid()));
@@ -59,6 +80,9 @@ int main(int argc, char** argv) {
         return dropped;
     }
     if (mode == "stack") probe_c_frame(nullptr);
+    if (mode == "stack-short-name") xi(nullptr);
+    if (mode == "stack-nameless") namelessFrame(nullptr);
+    if (mode == "stack-nameless-verbose") namelessFrame(&verbose);
     if (mode == "stack-verbose") probe_c_frame(&verbose);
     if (mode == "stack-skip") probeFrame(1, nullptr);
     if (mode == "stack-skip-all") probeFrame(100000, nullptr);
