@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 namespace kestrel::detail {
@@ -46,12 +47,53 @@ bool readInteger(const char*& text, const char* end, Integer& value) {
     return fits;
 }
 
+// Whether the text starts with the word, which is in small letters, in letters of either case.
+bool startsWithWord(const char* text, const char* end, std::string_view word) {
+    if (static_cast<std::size_t>(end - text) < word.size()) return false;
+    for (const char c : word)
+        if ((*text++ | 0x20) != c) return false;
+    return true;
+}
+
+// Where the number at place ends at the latest. It follows the grammar, so that reading number after number
+// out of a text without blanks ("infinfinf", "0x1-0x1") looks at each byte a bounded number of times.
+const char* numberEnd(const char* place, const char* end) {
+    const auto skipSign = [&] { place += place < end && (*place == '-' || *place == '+'); };
+    skipSign();
+    if (startsWithWord(place, end, "infinity")) return place + 8;
+    if (startsWithWord(place, end, "inf")) return place + 3;
+    if (startsWithWord(place, end, "nan")) {
+        place += 3;
+        const auto inBrackets = [](char c) {
+            return isDigit(c) || c == '_' || ((c | 0x20) >= 'a' && (c | 0x20) <= 'z');
+        };
+        if (place == end || *place != '(') return place;
+        ++place;
+        while (place < end && inBrackets(*place)) ++place;
+        return place < end ? place + 1 : place;  // with the bracket that closes it
+    }
+    const bool isHexadecimal = startsWithWord(place, end, "0x");
+    if (isHexadecimal) place += 2;
+    const auto skipDigits = [&](bool hexadecimal) {
+        while (place < end &&
+               (isDigit(*place) || (hexadecimal && (*place | 0x20) >= 'a' && (*place | 0x20) <= 'f')))
+            ++place;
+    };
+    skipDigits(isHexadecimal);
+    if (place < end && *place == '.') ++place;
+    skipDigits(isHexadecimal);
+    if (place < end && (*place | 0x20) == (isHexadecimal ? 'p' : 'e')) {
+        ++place;
+        skipSign();
+        skipDigits(false);
+    }
+    return place;
+}
+
 // The standard function itself, for the rare texts: hexadecimal, infinite, no number, out of range.
 bool readWithStrtod(const char*& text, const char* place, const char* end, double& value) {
     static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", nullptr);
-    const char* blank = place;  // a number holds no blank, so that a copy up to one is enough
-    while (blank < end && skipBlanks(blank, blank + 1) == blank) ++blank;
-    const std::string copy(place, blank);
+    const std::string copy(place, numberEnd(place, end));
     char* stop = nullptr;
     errno = 0;
     value = strtod_l(copy.c_str(), &stop, cLocale);

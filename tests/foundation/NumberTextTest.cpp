@@ -246,9 +246,10 @@ TEST(NumberText, TheProcessLocaleDoesNotMatter) {
     const char* comma = nullptr;
     for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8"})
         if (!comma) comma = std::setlocale(LC_ALL, name);
+    ASSERT_NE(comma, nullptr) << "no locale with a decimal comma is installed";
     for (const char* text : {"1.5", "0x1.8p0"}) {
         const auto got = read<double>(text);
-        EXPECT_EQ(got.value, 1.5) << text << " in " << (comma ? comma : "the C locale");
+        EXPECT_EQ(got.value, 1.5) << text << " in " << comma;
         EXPECT_EQ(got.used, std::strlen(text));
     }
     EXPECT_EQ(read<double>("1,5").value, 1.0);
@@ -267,6 +268,20 @@ TEST(NumberText, ALongTextOfNumbersIsReadInOnePass) {
         sum += value;
     EXPECT_EQ(count, 300000);
     EXPECT_EQ(sum, 75000.0);
+}
+
+TEST(NumberText, NumbersWithoutBlanksBetweenThemAreReadInOnePass) {
+    for (const char* number : {"inf", "-Infinity", "nan", "NaN(1)", "+0x1", "-0x1e", "+1e999"}) {
+        constexpr int numbers = 300000;
+        std::string text;
+        for (int i = 0; i < numbers; ++i) text += number;
+        const char* place = text.data();
+        const char* const end = place + text.size();
+        int count = 0;
+        for (double value = 0; place < end && count < numbers; ++count) readNumber(place, end, value);
+        EXPECT_EQ(count, numbers) << number;
+        EXPECT_EQ(place, end) << number;
+    }
 }
 
 }  // namespace
