@@ -55,7 +55,7 @@ XmlEvent XmlTokenizer::scanDeclaration() {
             return fail(status, value, "a value in an XML declaration is not quoted");
         const char* end = std::find(value + 1, m_end, quote);
         if (!part.isValue(slice(value + 1, end))) return fail(status, value, part.fault);
-        place = std::min(end + 1, m_end);
+        place = end == m_end ? m_end : end + 1;
     }
     const char* close = skipSpace(place);
     if (!startsWith(close, "?>"))

@@ -108,10 +108,11 @@ void XmlScanner::nextWindow() {
 
 // Looks only at the bytes that the window's bit set names: ASCII text costs a test for each 64 bytes.
 void XmlScanner::checkCharacters() {
-    for (const char* block = m_window; block < m_windowEnd; block += 64) {
-        std::uint64_t bits = m_masks.suspects[static_cast<std::size_t>(block - m_window) / 64];
+    const auto size = static_cast<std::size_t>(m_windowEnd - m_window);
+    for (std::size_t block = 0; block < size; block += 64) {
+        std::uint64_t bits = m_masks.suspects[block / 64];
         while (bits) {
-            const char* place = block + std::countr_zero(bits);
+            const char* place = m_window + block + std::countr_zero(bits);
             bits &= bits - 1;
             if (place < m_checked) continue;  // a later byte of a sequence that was decoded already
             char32_t character = 0;

@@ -296,9 +296,9 @@ const char* XmlTokenizer::scanCharacterReference(const char* ampersand) {
 // [15]: the place behind the comment that starts at place, null after a failure.
 const char* XmlTokenizer::skipComment(const char* place) {
     const char* hyphens = find(place + 4, "--");
-    if (at(hyphens + 2) != '>')
-        return failAt(kCFXMLErrorMalformedComment, hyphens + 2 >= m_end ? m_end : hyphens,
-                      "\"--\" in a comment");
+    const bool isCutShort = m_end - hyphens <= 2;
+    if (isCutShort || hyphens[2] != '>')
+        return failAt(kCFXMLErrorMalformedComment, isCutShort ? m_end : hyphens, "\"--\" in a comment");
     return hyphens + 3;
 }
 

@@ -66,7 +66,8 @@ private:
             const auto offset = static_cast<std::size_t>(from - m_window);
             const std::uint64_t bits = (m_masks.*kind)[offset / 64] >> (offset % 64);
             if (bits) return from + std::countr_zero(bits);
-            from = m_window + (offset / 64 + 1) * 64;
+            const std::size_t next = (offset / 64 + 1) * 64;
+            from = next < static_cast<std::size_t>(m_windowEnd - m_window) ? m_window + next : m_windowEnd;
         }
     }
     void nextWindow();
