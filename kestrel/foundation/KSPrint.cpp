@@ -103,7 +103,7 @@ void KSPrintStack(int skip, int /*ignored*/, bool* verbose) {
         KSPrint("Printing stack for process %d (%s):\n", process, theProgName);
     else
         KSPrint("Printing stack for process %d:\n", process);
-    if (verbose) KSPrint("\tFrame\t\tPC\t\t\tCaller +offset\n");
+    if (verbose != nullptr) KSPrint("\tFrame\t\tPC\t\t\tCaller +offset\n");
 
     const std::size_t first = skip > 0 ? static_cast<std::size_t>(skip) : 0;
     std::vector<CrawlFrame> frames = kestrel::detail::collectStack(1);  // without this function

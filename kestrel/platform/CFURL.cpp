@@ -16,8 +16,6 @@
 
 namespace {
 
-constexpr std::string_view schemeMark = "://";
-
 constexpr bool isAlphanumeric(char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }

@@ -133,7 +133,7 @@ Unit* KSTimecode::write(Unit* out, int frame, const KSTimecodeMode& mode) noexce
     out = writeNumber(out, minutes - hours * 60);
     *out++ = ':';
     out = writeNumber(out, seconds - minutes * 60);
-    *out++ = mode.m_framesPerKeep ? ';' : ':';
+    *out++ = mode.m_framesPerKeep ? Unit{';'} : Unit{':'};
     return writeNumber(out, number - seconds * mode.m_fps);
 }
 
