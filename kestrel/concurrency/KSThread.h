@@ -11,7 +11,8 @@
 ///            Each thread is waited for exactly once, through one of the copies; one that never is keeps
 ///            its memory until the process ends.
 /// Threads    any; the handle itself is not locked.
-/// Errors     a thread that could not be started leaves the handle unset: it equals no running thread, and cancel()
+/// Errors     a thread that could not be started leaves the handle unset: it equals no running thread, and
+/// cancel()
 ///            and wait() do nothing on it. An exception that leaves the function ends the process.
 /// Example
 ///     KSThread worker(renderRows, &job);
