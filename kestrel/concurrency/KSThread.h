@@ -12,8 +12,7 @@
 ///            its memory until the process ends.
 /// Threads    any; the handle itself is not locked.
 /// Errors     a thread that could not be started leaves the handle unset: it equals no running thread, and
-/// cancel()
-///            and wait() do nothing on it. An exception that leaves the function ends the process.
+///            cancel() and wait() do nothing on it. An exception that leaves the function ends the process.
 /// Example
 ///     KSThread worker(renderRows, &job);
 ///     renderOtherRows(&job);

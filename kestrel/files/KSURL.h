@@ -9,8 +9,8 @@
 /// The location of a file or resource: a thin owner of one platform URL, or of none.
 ///
 /// Paths      POSIX paths, bytes of the file system; a name that is no valid UTF-8 still opens, and shows
-/// U+FFFD
-///            in texts. A relative path stays relative to the folder that is current when the file is opened.
+///            U+FFFD in texts. A relative path stays relative to the folder that is current when the file is
+///            opened.
 /// Ownership  holds one reference; copies are made of the URL's text.
 /// Threads    no lock; distinct objects may be used on distinct threads.
 /// Errors     nothing throws. What is no path and no URL leaves the object empty; an empty KSURL answers null

@@ -13,8 +13,7 @@
 /// Threads    every function depends on its arguments alone.
 /// Errors     none is reported apart from the counts; NaN and infinities go through the arithmetic.
 /// Source     de Casteljau's construction; the bracketing search of tables; the line tests compare the
-/// squared
-///            sine of the angle between the directions with a threshold.
+///            squared sine of the angle between the directions with a threshold.
 /// Example
 ///     KSVector2<double> points[2];
 ///     int count = KSAlgorithm::findIntersection(p, d, q, e, points);

@@ -17,7 +17,8 @@
 /// Oddity     deliberately different by axis: rectangles that only touch left to right do not intersect,
 ///            rectangles that only touch top to bottom do (and leave a height of 0).
 /// Source     own design; clipLine after Liang and Barsky, "A New Concept and Method for Line Clipping",
-/// 1984. Example
+///            1984.
+/// Example
 ///     KSRect<int> frame(0, 1080, 1920, 1080);
 ///     frame.intersect(layer);            // frame is now what both cover
 ///     if (frame.clipLine(&from, &to)) draw(from, to);

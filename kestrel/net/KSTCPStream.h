@@ -12,8 +12,7 @@
 /// Ownership  owns its descriptor, which is close-on-exec.
 /// Threads    one thread reads and one may write at the same time; everything else by one thread at a time.
 /// Errors     a short count or a false result, and the reason in getError, which stays until the next
-/// failure.
-///            A peer that has gone is an error of write, never a signal. Interrupted calls go on.
+///            failure. A peer that has gone is an error of write, never a signal. Interrupted calls go on.
 /// Example
 ///     KSTCPStream stream;
 ///     if (stream.open(KSIPSocket(KSIPAddress(0x7F000001), 8080))) stream << "GET / HTTP/1.0\r\n\r\n";

@@ -11,8 +11,7 @@
 /// Ownership  owns its descriptor, which is close-on-exec.
 /// Threads    one thread at a time.
 /// Errors     a false result or a count of 0, and the reason in getError, which every call clears first; a
-/// count
-///            of 0 without a reason is an empty datagram. Interrupted calls go on.
+///            count of 0 without a reason is an empty datagram. Interrupted calls go on.
 /// Example
 ///     KSUDPData data;
 ///     data.bind();

@@ -3,8 +3,7 @@
 // Ownership  Create hands over one reference; the last release closes the file.
 // Threads    one thread at a time.
 // Errors     a stream on a URL that names no file is null; a file that cannot be opened leaves the stream
-// with the
-//            status Error. Interrupted calls are tried again and short writes continued.
+//            with the status Error. Interrupted calls are tried again and short writes continued.
 // Example
 //     CFReadStreamRef stream = CFReadStreamCreateWithFile(nullptr, url);
 //     if (CFReadStreamOpen(stream)) CFReadStreamRead(stream, buffer, sizeof buffer);

@@ -20,8 +20,7 @@
 /// Ownership  owns its platform stream and buffer; keeps a copy of the URL.
 /// Threads    one thread at a time.
 /// Errors     KSException_WriteError from the constructor when the file cannot be opened, and from write when
-/// there
-///            is no file stream or it takes fewer bytes than it is given; pending bytes are then gone.
+///            there is no file stream or it takes fewer bytes than it is given; pending bytes are then gone.
 /// Example
 ///     KSFileWriteStream file(url);
 ///     file << "frame " << name << "\n";

@@ -9,7 +9,8 @@ class KSString;
 ///
 /// Threads    one thread at a time, unless a stream says otherwise.
 /// Errors     the text operations ignore the results of write; a stream whose writing fails reports it
-/// itself. Example
+///            itself.
+/// Example
 ///     KSFileWriteStream file(url);
 ///     file << "shots: " << name << "\n";
 ///     file.indent(2);

@@ -14,8 +14,7 @@ namespace kestrel::tools {
 ///            that is a symbolic link stays one: the file it points to is replaced.
 /// Threads    one thread at a time; several objects may share a folder.
 /// Errors     std::runtime_error of "TARGET: reason" (of the temporary's own path when that lies elsewhere
-/// and
-///            cannot be written). Nothing is left behind.
+///            and cannot be written). Nothing is left behind.
 /// Example
 ///     AtomicFile out("scene.xml");
 ///     out.write(text.data(), text.size());  // or let somebody else write the file out.getPath()
