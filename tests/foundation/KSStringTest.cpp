@@ -450,3 +450,25 @@ TEST(KSUnicode, FindsAUnitBeforeTheZero) {
     EXPECT_EQ(KSUnicode::strchr(text, 0), nullptr);
     EXPECT_EQ(KSUnicode::strchr(text + 3, 0), text + 3);
 }
+
+TEST(KSString, OrderingFollowsTheProcessLocale) {
+    const KSString umlaut("x\x8a"), capital("x\x80"), z("z"), xz("xz");  // a and A with diaeresis
+    const std::string before = std::setlocale(LC_COLLATE, nullptr);
+    ASSERT_NE(std::setlocale(LC_COLLATE, "C"), nullptr);
+    EXPECT_GT(umlaut.compare(xz), 0);
+    ASSERT_NE(std::setlocale(LC_COLLATE, "de_DE.UTF-8"), nullptr) << "the locale is missing";
+    EXPECT_LT(umlaut.compare(xz), 0);
+    EXPECT_LT(umlaut.compare(1, 1, z), 0);
+    EXPECT_LT(capital.caseInsensitiveCompare(xz), 0);
+    EXPECT_LT(capital.caseInsensitiveCompare(1, 1, z), 0);
+    EXPECT_EQ(capital.caseInsensitiveCompare(umlaut), 0);
+    EXPECT_NE(capital.compare(umlaut), 0);
+    std::setlocale(LC_COLLATE, before.c_str());
+}
+
+TEST(KSString, DebugShowWritesTheTextToStandardError) {
+    testing::internal::CaptureStderr();
+    KSString("shown").debugShow();
+    KSString().debugShow();
+    EXPECT_EQ(testing::internal::GetCapturedStderr().substr(0, 6), "shown\n");
+}
