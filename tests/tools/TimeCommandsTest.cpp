@@ -1,21 +1,9 @@
 // kestrel timecode and kestrel date, as a user runs them.
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
-#include <cstdio>
-#include <string>
+#include "CommandRow.h"
 
 namespace {
 
-struct TimeRow {
-    const char* name;
-    const char* input;      // what standard input holds
-    const char* arguments;  // in the shell's syntax
-    int status;
-    const char* output;  // of both streams
-};
-
-constexpr TimeRow rows[] = {
+constexpr CommandRow rows[] = {
     {"FrameToText", "", "timecode 1800", 0, "00:01:00;02\n"},
     {"TextToFrame", "", "timecode '00:01:00;02'", 0, "1800\n"},
     {"SeveralValues", "", "timecode 0 '00:10:00;00' -31", 0, "00:00:00;00\n17982\n-00:00:01;01\n"},
@@ -83,20 +71,9 @@ constexpr TimeRow rows[] = {
      "kestrel date: \"20-Jan-2038\" is outside 14-Dec-1901 to 19-Jan-2038\n"},
 };
 
-class TimeCommands : public testing::TestWithParam<TimeRow> {};
+class TimeCommands : public testing::TestWithParam<CommandRow> {};
 
-TEST_P(TimeCommands, Answer) {
-    const TimeRow& row = GetParam();
-    const std::string command =
-        std::string("printf '%s' '") + row.input + "' | '" KESTREL_BIN_DIR "/kestrel' 2>&1 " + row.arguments;
-    FILE* pipe = popen(command.c_str(), "r");
-    ASSERT_NE(pipe, nullptr);
-    std::string output;
-    for (int c; (c = std::fgetc(pipe)) != EOF;) output += static_cast<char>(c);
-    const int status = pclose(pipe);
-    EXPECT_EQ(output, row.output);
-    EXPECT_EQ(WEXITSTATUS(status), row.status);
-}
+TEST_P(TimeCommands, Answer) { expectAnswer("", GetParam()); }
 INSTANTIATE_TEST_SUITE_P(Cases, TimeCommands, testing::ValuesIn(rows),
                          [](const auto& row) { return row.param.name; });
 

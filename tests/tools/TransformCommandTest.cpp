@@ -1,19 +1,7 @@
 // kestrel transform, as a user runs it.
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
-#include <cstdio>
-#include <string>
+#include "CommandRow.h"
 
 namespace {
-
-struct CommandRow {
-    const char* name;
-    const char* input;      // what standard input holds
-    const char* arguments;  // in the shell's syntax
-    int status;
-    const char* output;  // of both streams
-};
 
 constexpr CommandRow rows[] = {
     {"PrintsMatrixInverseAndParts", "", "--position 3,4 --scale 2,4", 0,
@@ -49,18 +37,7 @@ constexpr CommandRow rows[] = {
 
 class TransformCommand : public testing::TestWithParam<CommandRow> {};
 
-TEST_P(TransformCommand, Answers) {
-    const CommandRow& row = GetParam();
-    const std::string command = std::string("printf '%s' '") + row.input +
-                                "' | '" KESTREL_BIN_DIR "/kestrel' transform " + row.arguments + " 2>&1";
-    FILE* pipe = popen(command.c_str(), "r");
-    ASSERT_NE(pipe, nullptr);
-    std::string output;
-    for (int c; (c = std::fgetc(pipe)) != EOF;) output += static_cast<char>(c);
-    const int status = pclose(pipe);
-    EXPECT_EQ(output, row.output);
-    EXPECT_EQ(WEXITSTATUS(status), row.status);
-}
+TEST_P(TransformCommand, Answers) { expectAnswer("transform", GetParam()); }
 INSTANTIATE_TEST_SUITE_P(Cases, TransformCommand, testing::ValuesIn(rows),
                          [](const auto& row) { return row.param.name; });
 
