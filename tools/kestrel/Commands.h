@@ -10,13 +10,29 @@ struct Exit {
     int status;
 };
 
+/// Does what the command line asks for; the exit status.
+inline int parseCommandLine(CLI::App& app, int argc, char** argv) {
+    app.require_subcommand(1);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error);
+    } catch (const Exit& exit) {
+        return exit.status;
+    }
+    return 0;
+}
+
 void addArmor(CLI::App& app);
 void addColor(CLI::App& app);
-void addFrames(CLI::App& app);  // only where OpenImageIO was found
 void addDate(CLI::App& app);
 void addInfo(CLI::App& app);
 void addScene(CLI::App& app);
 void addTimecode(CLI::App& app);
 void addTransform(CLI::App& app);
+
+// Those of kestrel-images (see ImageCommands.h).
+void addFrames(CLI::App& app);
+void addPlanes(CLI::App& app);  // kestrel color --planes
 
 }  // namespace kestrel::tools

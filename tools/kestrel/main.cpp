@@ -1,30 +1,29 @@
 // The kestrel command: the library at work on files.
 #include <kestrel/foundation/KSVersion.h>
 
+#include <string_view>
+
 #include "Commands.h"
+#include "ImageCommands.h"
 
 int main(int argc, char** argv) {
     using namespace kestrel::tools;
+    setProgramPath(argv[0]);
     CLI::App app{"kestrel: scene documents, frames, colour and time from the command line"};
     app.set_version_flag("--version", "kestrel " KESTREL_VERSION_STRING);
-    app.require_subcommand(1);
     addArmor(app);
     addColor(app);
 #ifdef KESTREL_HAVE_IMAGES
-    addFrames(app);
+    for (const ImageCommand& command : imageCommands) {
+        if (argc > 1 && argv[1] == std::string_view(command.name))
+            return runImageCommand({argv + 1, argv + argc});
+        app.add_subcommand(command.name, command.description);  // for the list in --help
+    }
 #endif
     addDate(app);
     addInfo(app);
     addScene(app);
     addTimecode(app);
     addTransform(app);
-
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error);
-    } catch (const Exit& exit) {
-        return exit.status;
-    }
-    return 0;
+    return parseCommandLine(app, argc, argv);
 }

@@ -13,6 +13,7 @@
 
 #include "../ColorText.h"
 #include "../Commands.h"
+#include "../ImageCommands.h"
 #include "../Text.h"
 #include "Convert.h"
 #include "FrameList.h"
@@ -224,8 +225,7 @@ void addTestCommand(CLI::App* frames) {
 }  // namespace
 
 void addFrames(CLI::App& app) {
-    CLI::App* frames =
-        app.add_subcommand("frames", "Look at, convert and lay out image files and numbered sequences");
+    CLI::App* frames = app.add_subcommand(framesCommand.name, framesCommand.description);
     frames->require_subcommand(1);
     frames->footer(
         "A sequence is named by a placeholder for the frame number, quoted for the shell: 'shot.[####].exr' "
