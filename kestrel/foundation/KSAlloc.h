@@ -74,19 +74,28 @@ KESTREL_API bool ksAllocValidPtrCheck(void* ptr);
 /// Takes in the allocations of the Objective-C runtime, as blocks without a file.
 KESTREL_API void* objc_malloc(unsigned long size);
 
+/// Allocates size bytes, not cleared; null when refused.
 #define ksAlloc(size) ::kestrel::detail::allocate(__FILE__, __LINE__, (size), false)
+/// The same for an array, which ksArrFree() frees.
 #define ksArrAlloc(size) ::kestrel::detail::allocate(__FILE__, __LINE__, (size), true)
+/// Allocates count * size bytes, zero-filled.
 #define ksCalloc(count, size) ::kestrel::detail::allocateZeroed(__FILE__, __LINE__, (count), (size))
+/// Changes the size of a block, which may move; null for a null ptr, which allocates nothing.
 #define ksRealloc(ptr, size) ::kestrel::detail::reallocate((ptr), (size), __FILE__, __LINE__)
+/// Frees a block; nothing for null.
 #define ksFree(ptr) ::kestrel::detail::release((ptr), false)
+/// Frees an array; nothing for null.
 #define ksArrFree(ptr) ::kestrel::detail::release((ptr), true)
 
 /// ksNew Layer(1, 2) and ksNew Layer[3] construct; a refused allocation constructs nothing and is null.
 /// ksDelete(layer) and ksArrDelete(layers) destroy. Each belongs to its own kind of ksNew.
 #define ksNew ::new (::kestrel::detail::AllocSite{__FILE__, __LINE__})
+/// Destroys and frees an object of ksNew; nothing for null.
 #define ksDelete(ptr) ::kestrel::detail::deleteObject(ptr)
+/// Destroys and frees an array of ksNew; nothing for null.
 #define ksArrDelete(ptr) ::kestrel::detail::deleteArray(ptr)
 
+/// @cond
 namespace kestrel::detail {
 
 /// False only when malloc and free will do: tracking is off and no block of an earlier run is alive.
@@ -157,3 +166,4 @@ inline void operator delete[](void* block, kestrel::detail::AllocSite) noexcept 
 // Over-aligned types need an allocator of their own.
 void* operator new(std::size_t, std::align_val_t, kestrel::detail::AllocSite) = delete;
 void* operator new[](std::size_t, std::align_val_t, kestrel::detail::AllocSite) = delete;
+/// @endcond

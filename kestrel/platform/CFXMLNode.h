@@ -13,9 +13,11 @@ using CFURLRef = const struct __CFURL*;
 /// Threads    constant, so any number of readers.
 using CFXMLNodeRef = const struct __CFXMLNode*;
 
+/// The kinds of nodes, and what CFXMLNodeGetString() and CFXMLNodeGetInfoPtr() give for each. Kinds without a
+/// comment are never handed out.
 enum CFXMLNodeTypeCode : CFIndex {
-    kCFXMLNodeTypeDocument = 1,
-    kCFXMLNodeTypeElement = 2,  ///< string: its name; info: CFXMLElementInfo
+    kCFXMLNodeTypeDocument = 1,  ///< info: CFXMLDocumentInfo
+    kCFXMLNodeTypeElement = 2,   ///< string: its name; info: CFXMLElementInfo
     kCFXMLNodeTypeAttribute = 3,
     kCFXMLNodeTypeProcessingInstruction = 4,  ///< its target; CFXMLProcessingInstructionInfo. The XML
                                               ///< declaration is one too, with the target "xml"
@@ -32,27 +34,34 @@ enum CFXMLNodeTypeCode : CFIndex {
     kCFXMLNodeTypeAttributeListDeclaration = 15
 };
 
+/// What belongs to an element.
 struct CFXMLElementInfo {
     CFDictionaryRef attributes;  ///< values as they stand between the quotes, in the document's order
     Boolean isEmpty;             ///< an empty-element tag
 };
+/// What belongs to a processing instruction: the text behind its target.
 struct CFXMLProcessingInstructionInfo {
     CFStringRef dataString;
 };
+/// The name of something outside the document.
 struct CFXMLExternalID {
     CFStringRef systemID;  ///< as it stands, never resolved or loaded; null if there is none
     CFStringRef publicID;
 };
+/// What belongs to a document type declaration.
 struct CFXMLDocumentTypeInfo {
     CFXMLExternalID externalID;
 };
+/// What a reference refers to, as far as its spelling tells.
 enum CFXMLEntityTypeCode : CFIndex {
     kCFXMLEntityTypeParsedInternal = 1,
     kCFXMLEntityTypeCharacter = 4,
 };
+/// What belongs to a reference.
 struct CFXMLEntityReferenceInfo {
     CFXMLEntityTypeCode entityType;  ///< Character for "#65" and "#x41"
 };
+/// What belongs to the document itself.
 struct CFXMLDocumentInfo {
     CFURLRef sourceURL;
     CFStringEncoding encoding;  ///< kCFStringEncodingInvalidId for one that has no number

@@ -21,8 +21,7 @@ using CFDataRef = const struct __CFData*;
 /// Source     Extensible Markup Language (XML) 1.0, fifth edition.
 /// Example
 ///     CFXMLParserRef parser = CFXMLParserCreate(kCFAllocatorDefault, data, nullptr, kCFXMLParserNoOptions,
-///     1,
-///                                               &callbacks, &context);
+///                                               1, &callbacks, &context);
 ///     if (!CFXMLParserParse(parser)) report(CFXMLParserGetLineNumber(parser));
 ///     CFRelease(parser);
 using CFXMLParserRef = struct __CFXMLParser*;
