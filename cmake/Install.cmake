@@ -9,11 +9,19 @@ configure_package_config_file(cmake/KestrelConfig.cmake.in ${PROJECT_BINARY_DIR}
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/KestrelConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/KestrelConfig.cmake ${PROJECT_BINARY_DIR}/KestrelConfigVersion.cmake
         DESTINATION ${package_dir})
+
+# A program that links a static library links the library's own libraries, too.
+if(BUILD_SHARED_LIBS)
+  set(pc_requires "Imath")
+  set(pc_requires_private "icu-i18n icu-uc libhwy")
+else()
+  set(pc_requires "Imath icu-i18n icu-uc libhwy")
+  set(pc_cflags "-DKESTREL_STATIC")
+  set(pc_libs "-pthread -ldl")
+  install(FILES cmake/FindHighway.cmake DESTINATION ${package_dir})
+endif()
 configure_file(cmake/kestrel.pc.in ${PROJECT_BINARY_DIR}/kestrel.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kestrel.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 if(KESTREL_BUILD_TOOLS)
   install(TARGETS kestrel_command)
-  if(TARGET kestrel_images)
-    install(TARGETS kestrel_images)
-  endif()
 endif()

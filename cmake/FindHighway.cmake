@@ -1,0 +1,17 @@
+# Finds Highway as hwy::hwy, by its CMake package or, where a distribution ships none, by pkg-config.
+# Installed beside the configuration of a static library, which needs it again.
+find_package(HWY CONFIG QUIET)
+if(NOT TARGET hwy::hwy)
+  find_package(PkgConfig QUIET)
+  if(PkgConfig_FOUND)
+    pkg_check_modules(HWY QUIET IMPORTED_TARGET libhwy)
+  endif()
+  if(TARGET PkgConfig::HWY)
+    add_library(hwy::hwy ALIAS PkgConfig::HWY)
+  endif()
+endif()
+if(TARGET hwy::hwy)
+  set(Highway_target hwy::hwy)
+endif()
+include(FindPackageHandleStandardArgs)
+find_package_handle_standard_args(Highway REQUIRED_VARS Highway_target)
