@@ -28,8 +28,9 @@ struct CFRange {
 };
 constexpr CFRange CFRangeMake(CFIndex location, CFIndex length) { return {location, length}; }
 
-/// The only allocator; every function takes it and ignores it.
+/// The only allocator, malloc; every function takes it and ignores it.
 inline constexpr CFAllocatorRef kCFAllocatorDefault = nullptr;
+inline constexpr CFAllocatorRef kCFAllocatorMalloc = nullptr;
 
 /// Adds a reference and returns object; null is a no-op.
 KESTREL_API CFTypeRef CFRetain(CFTypeRef object);

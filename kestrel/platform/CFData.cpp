@@ -27,6 +27,14 @@ CFDataRef CFDataCreate(CFAllocatorRef, const UInt8* bytes, CFIndex length) {
     return new (std::nothrow) __CFData(std::move(block), size);
 }
 
+CFDataRef CFDataCreateWithBytesNoCopy(CFAllocatorRef, UInt8* block, CFIndex length, CFAllocatorRef) {
+    if (!block || length < 0) return nullptr;
+    __CFData::Block owned(block);
+    auto* data = new (std::nothrow) __CFData(std::move(owned), static_cast<std::size_t>(length));
+    if (!data) static_cast<void>(owned.release());
+    return data;
+}
+
 CFIndex CFDataGetLength(CFDataRef data) { return data ? static_cast<CFIndex>(data->length) : 0; }
 
 const UInt8* CFDataGetBytePtr(CFDataRef data) { return data ? data->bytes.get() : nullptr; }

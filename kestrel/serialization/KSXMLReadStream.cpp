@@ -133,6 +133,10 @@ void KSXMLReadStream::stopParse() {
     CFXMLParserAbort(m_parser, kCFXMLStatusParseSuccessful, CFSTR("Parse Stopped"));
 }
 
+std::size_t KSXMLReadStream::getOffset() const { return m_parser ? m_parser->getOffset() : 0; }
+
+std::size_t KSXMLReadStream::getSize() const { return m_parser ? m_parser->getSize() : 0; }
+
 KSString KSXMLReadStream::getErrorDescription() const {
     CFStringRef text = CFXMLParserCopyErrorDescription(m_parser);
     KSString description(text);

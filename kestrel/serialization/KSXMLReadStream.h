@@ -8,6 +8,8 @@
 #include <kestrel/platform/Export.h>
 #include <kestrel/serialization/KSSerializerReadStream.h>
 
+#include <cstddef>
+
 /// Reads an XML scene document, the counterpart of KSXMLWriteStream.
 ///
 /// Reading    construct, push the root handler (whose parseBegin pushes the root scope), call parse(). The
@@ -48,6 +50,10 @@ public:
     /// of the start of the tag that is being read; 0 for a file that could not be read.
     long getLineNumber() const { return CFXMLParserGetLineNumber(m_parser); }
     long getLocation() const { return CFXMLParserGetLocation(m_parser); }
+    /// The same place in bytes of the document as UTF-8, which it is converted to, and the size of all of it;
+    /// for showing progress.
+    std::size_t getOffset() const;
+    std::size_t getSize() const;
     /// What is wrong with the document, for a person; empty when nothing is.
     KSString getErrorDescription() const;
 

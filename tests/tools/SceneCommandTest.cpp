@@ -178,7 +178,7 @@ const FaultRow faultRows[] = {
     {"Source", "grain.mov", "grain.####.mov", "29: layer: source is no URL"},
     {"SecondSolid", "</solid>", "</solid><solid c0=\"0\" c1=\"0\" c2=\"0\" alpha=\"1\">RGB</solid>",
      "9: a second solid in one layer"},
-    {"NoProject", "zuml version", "scene version", " there is no project in it"},
+    {"NoProject", "zuml version", "scene version", "3: there is no project in it"},
     {"SecondProject", "</project>", "</project><project/>", "46: a second project; the first one is used"},
 };
 /// The lines of a report on title.xml, from a row's faults.

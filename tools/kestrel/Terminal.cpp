@@ -13,6 +13,8 @@ namespace kestrel::tools {
 
 namespace {
 
+const auto commandStart = std::chrono::steady_clock::now();
+
 volatile std::sig_atomic_t interrupted = 0;  // the signal
 
 std::string_view environment(const char* name) {
@@ -41,8 +43,8 @@ void catchInterrupts() {
     sigaction(SIGTERM, &action, nullptr);
 }
 
-Progress::Progress(std::size_t total, std::string unit)
-    : m_total(total), m_unit(std::move(unit)), m_hasBar(::isatty(STDERR_FILENO) != 0) {}
+Progress::Progress(std::size_t total, std::string unit, double scale)
+    : m_total(total), m_unit(std::move(unit)), m_scale(scale), m_hasBar(::isatty(STDERR_FILENO) != 0) {}
 
 Progress::~Progress() { erase(); }
 
@@ -55,30 +57,51 @@ void Progress::step(const std::string& line) {
         std::printf("%s\n", line.c_str());
 }
 
+void Progress::moveTo(std::size_t done) {
+    const std::lock_guard lock(m_mutex);
+    m_done = done;
+    if (m_hasBar) draw();
+}
+
 void Progress::say(const std::string& message) {
     const std::lock_guard lock(m_mutex);
     erase();
     std::fprintf(stderr, "%s\n", message.c_str());
-    m_drawn = {};
 }
 
-double Progress::getSeconds() const {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
+void Progress::hide() {
+    const std::lock_guard lock(m_mutex);
+    erase();
 }
+
+double Progress::getSeconds() const { return std::chrono::duration<double>(Clock::now() - m_start).count(); }
 
 void Progress::draw() {
-    const auto now = std::chrono::steady_clock::now();
-    if (now - m_drawn < std::chrono::milliseconds(50) && m_done < m_total) return;
+    const auto now = Clock::now();
+    if (now - commandStart < std::chrono::seconds(1) || now - m_drawn < std::chrono::milliseconds(50)) return;
     m_drawn = now;
-    constexpr std::size_t width = 40;
-    const std::size_t filled = m_total ? width * m_done / m_total : width;
-    const std::string bar = std::string(filled, '#') + std::string(width - filled, '.');
-    std::fprintf(stderr, "\r[%s] %zu/%zu %s, %.1f a second ", bar.c_str(), m_done, m_total, m_unit.c_str(),
-                 static_cast<double>(m_done) / std::max(getSeconds(), 1e-6));
+    m_isShown = true;
+    const auto amount = [&](std::size_t count) {
+        char digits[32];
+        std::snprintf(digits, sizeof digits, "%.*f", m_scale > 1, static_cast<double>(count) / m_scale);
+        return std::string(digits);
+    };
+    std::string bar;
+    if (m_total > 0) {
+        constexpr std::size_t width = 40;
+        const double share = static_cast<double>(m_done) / static_cast<double>(m_total);
+        const auto filled = static_cast<std::size_t>(width * std::min(share, 1.0));
+        bar = '[' + std::string(filled, '#') + std::string(width - filled, '.') + "] ";
+    }
+    std::fprintf(stderr, "\r\033[K%s%s%s %s, %.1f a second ", bar.c_str(), amount(m_done).c_str(),
+                 m_total > 0 ? ('/' + amount(m_total)).c_str() : "", m_unit.c_str(),
+                 static_cast<double>(m_done) / m_scale / std::max(getSeconds(), 1e-6));
 }
 
 void Progress::erase() {
-    if (m_hasBar && m_done > 0) std::fputs("\r\033[K", stderr);
+    if (m_isShown) std::fputs("\r\033[K", stderr);
+    m_isShown = false;
+    m_drawn = {};  // the next report is not held back
 }
 
 }  // namespace kestrel::tools

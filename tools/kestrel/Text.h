@@ -1,32 +1,31 @@
-// tools/kestrel/Text.h - between the library's text and UTF-8 of the command line.
+// tools/kestrel/Text.h - between the library's text, UTF-8 and numbers of the command line.
 #pragma once
 
 #include <kestrel/files/KSURL.h>
 #include <kestrel/foundation/KSString.h>
+#include <kestrel/serialization/KSUUID.h>
 
 #include <charconv>
-#include <cstdlib>
-#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kestrel::tools {
 
-inline std::string utf8(const KSString& string) {
-    const std::unique_ptr<char, decltype(&std::free)> text(string.createUTF8Str(), &std::free);
-    return text ? text.get() : "";
-}
-
+std::string utf8(const KSString& string);
+KSString fromUTF8(std::string_view text);
+/// Without characters that would steer a terminal.
+std::string printable(std::string_view text);
 /// The bytes of the path that a URL names, for the system's calls; empty for a URL that is no file.
-inline std::string filePath(const KSURL& url) {
-    std::string path(4096, '\0');
-    if (!CFURLGetFileSystemRepresentation(url.cf_url(), true, reinterpret_cast<UInt8*>(path.data()),
-                                          static_cast<CFIndex>(path.size())))
-        return "";
-    path.resize(path.find('\0'));
-    return path;
-}
+std::string filePath(const KSURL& url);
+
+std::string text(const KSUUID& identifier);
+/// Ten significant digits, as scene documents hold them.
+std::string text(double number);
+/// Blank-separated.
+std::string text(std::span<const double> numbers);
 
 /// A number that is all of text, in any locale's process; nothing when it is none or out of range.
 template <class Number>
@@ -36,5 +35,7 @@ std::optional<Number> parseNumber(std::string_view text) {
     if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
     return number;
 }
+/// Blank-separated numbers; nothing when a piece is none.
+std::optional<std::vector<double>> parseNumbers(std::string_view text);
 
 }  // namespace kestrel::tools

@@ -19,16 +19,15 @@
 
 #include "Commands.h"
 #include "Terminal.h"
+#include "Text.h"
 #include "scene/DocumentFile.h"
 #include "scene/Output.h"
-#include "scene/Progress.h"
 #include "scene/Samples.h"
 #include "scene/SceneChecks.h"
 #include "scene/ScenePrinter.h"
 #include "scene/SceneReader.h"
 #include "scene/SceneWriter.h"
 #include "scene/Stats.h"
-#include "scene/Text.h"
 
 namespace kestrel::tools {
 namespace {
@@ -116,6 +115,7 @@ int print(const Options& options) {
     ScenePrinter printer(out, color, options.identifiers);
     const auto reader = openOrComplain(options.in, printer, toStandardError(options.in));
     if (!reader) return unreadable;
+    if (out.isTerminal()) reader->showNoProgress();
     const bool good = reader->readDocument() && !reader->hasFaults();
     out.finish();
     return good ? 0 : faulty;
@@ -190,9 +190,9 @@ int make(const Options& options) {
         if (options.size == 0) {
             makeSample(writer, seedOf(options));
         } else {
-            scene::Progress progress(options.out, static_cast<double>(options.size));
+            Progress progress = Progress::ofBytes(options.size);
             makeLarge(writer, seedOf(options), [&] {
-                progress.update(static_cast<double>(file.size()));
+                progress.moveTo(file.size());
                 return isInterrupted() || file.size() >= options.size;
             });
         }

@@ -33,6 +33,8 @@ public:
     CFXMLParserStatusCode getStatus() const { return m_status; }
     const std::string& getErrorDescription() const { return m_description; }
     kestrel::detail::XmlLocation locate() const { return m_tokens.locate(); }
+    std::size_t getOffset() const { return m_tokens.getOffset(); }
+    std::size_t getSize() const { return m_text.getUtf8().size(); }
     const std::string& getEncoding() const { return m_text.getEncoding(); }
     CFURLRef getSource() const { return m_source; }
     CFIndex getNodeVersion() const { return m_nodeVersion; }

@@ -75,6 +75,8 @@ public:
     /// Where the event that was read last starts, or where the error is. Asking in document order costs
     /// one pass over the document in all.
     XmlLocation locate() const;
+    /// The same place as a number of bytes from the start of the text.
+    std::size_t getOffset() const { return static_cast<std::size_t>(m_eventStart - m_begin); }
 
 private:
     enum class Stage { Start, Prolog, AfterDocumentType, Content, Epilog, Done };

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string_view>
 
-#include "Text.h"
+#include "../Text.h"
 
 namespace kestrel::tools::scene {
 namespace {
@@ -32,7 +32,7 @@ template <class Number>
 void ElementReader::readNumber(unsigned token, const char* name, const char* kind, Number& value) const {
     KSString given;
     if (!get(token, name, given)) return;
-    if (const auto parsed = number<Number>(utf8(given))) {
+    if (const auto parsed = parseNumber<Number>(utf8(given))) {
         value = *parsed;
     } else {
         fault(std::string(name) + " is " + quoted(given) + ", not " + kind);
@@ -65,7 +65,7 @@ void ElementReader::read(unsigned token, const char* name, KSString& value) cons
 void ElementReader::readValue(std::vector<double>& values) const {
     KSString given;
     m_element.getAsString(&given);
-    if (auto parsed = numbers(utf8(given))) {
+    if (auto parsed = parseNumbers(utf8(given))) {
         values = std::move(*parsed);
     } else {
         fault(quoted(given) + " is no list of numbers");
@@ -75,7 +75,7 @@ void ElementReader::readValue(std::vector<double>& values) const {
 void ElementReader::readValue(std::span<double> values) const {
     KSString given;
     m_element.getAsString(&given);
-    const auto list = numbers(utf8(given));
+    const auto list = parseNumbers(utf8(given));
     if (!list || list->size() != values.size()) {
         fault(quoted(given) + " instead of " + std::to_string(values.size()) + " numbers");
     } else {

@@ -4,7 +4,7 @@
 #include <random>
 #include <string>
 
-#include "Text.h"
+#include "../Text.h"
 
 namespace kestrel::tools::scene {
 namespace {

@@ -4,9 +4,9 @@
 
 #include <span>
 
+#include "../Text.h"
 #include "ElementReader.h"
 #include "SceneReader.h"
-#include "Text.h"
 
 namespace kestrel::tools::scene {
 namespace {

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <string_view>
 
-#include "Text.h"
+#include "../Text.h"
 
 namespace kestrel::tools::scene {
 namespace {

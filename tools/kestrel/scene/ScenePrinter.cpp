@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <span>
 
-#include "Text.h"
+#include "../Text.h"
 
 namespace kestrel::tools::scene {
 namespace {

@@ -6,11 +6,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <stdexcept>
 #include <system_error>
 
-#include "../Terminal.h"
-#include "Text.h"
+#include "../Text.h"
 
 namespace kestrel::tools::scene {
 namespace {
@@ -32,8 +32,9 @@ public:
         if (fstat(m_fd, &status) != 0) fail();
         return status;
     }
+    bool isTerminal() const { return isatty(m_fd) != 0; }
     /// The count read; 0 at the end.
-    std::size_t read(char* bytes, std::size_t size) const {
+    std::size_t read(UInt8* bytes, std::size_t size) const {
         ssize_t count;
         do count = ::read(m_fd, bytes, size);
         while (count < 0 && errno == EINTR && !isInterrupted());
@@ -49,24 +50,32 @@ private:
     int m_fd;
 };
 
-std::string readAll(const Descriptor& file) {
-    std::string bytes;
+/// All that file gives, with the progress of that unless a person types it.
+CFDataRef readAll(const Descriptor& file, std::size_t expectedSize) {
+    struct Free {
+        void operator()(UInt8* block) const { std::free(block); }
+    };
+    Progress progress = Progress::ofBytes(expectedSize);
+    std::unique_ptr<UInt8, Free> block;
+    std::size_t size = 0, capacity = 0;
     for (;;) {
-        const std::size_t before = bytes.size();
-        bytes.resize(before + chunkSize);
-        const std::size_t count = file.read(bytes.data() + before, chunkSize);
-        bytes.resize(before + count);
-        if (count == 0) return bytes;
+        if (size == capacity) {
+            // One byte more than is expected, so that the end shows without growing.
+            capacity = std::max({chunkSize, expectedSize + 1, 2 * capacity});
+            auto* larger = static_cast<UInt8*>(std::realloc(block.get(), capacity));
+            if (!larger) throw std::runtime_error("it is too large for the memory");
+            static_cast<void>(block.release());  // realloc has taken it
+            block.reset(larger);
+        }
+        const std::size_t count = file.read(block.get() + size, std::min(chunkSize, capacity - size));
+        if (count == 0) break;
+        size += count;
+        if (!file.isTerminal()) progress.moveTo(size);
     }
-}
-
-double countLines(const Descriptor& file) {
-    std::string chunk(chunkSize, '\0');
-    double lines = 0;
-    while (const std::size_t count = file.read(chunk.data(), chunkSize)) {
-        lines += static_cast<double>(std::count(chunk.data(), chunk.data() + count, '\n'));
-    }
-    return lines;
+    CFDataRef data = CFDataCreateWithBytesNoCopy(kCFAllocatorDefault, block.get(), static_cast<CFIndex>(size),
+                                                 kCFAllocatorMalloc);
+    if (data) static_cast<void>(block.release());
+    return data;
 }
 
 }  // namespace
@@ -76,45 +85,39 @@ std::unique_ptr<SceneReader> SceneReader::open(const std::string& path, SceneVis
     const Descriptor file(path);
     const struct stat status = file.status();
     if (S_ISDIR(status.st_mode)) throw std::runtime_error("it is a folder");
+    const bool hasSize = S_ISREG(status.st_mode) && status.st_size > 0;
+    CFDataRef document = readAll(file, hasSize ? static_cast<std::size_t>(status.st_size) : 0);
     const KSURL url(path == "-" ? "/dev/stdin" : path.c_str(), false);
-    if (path != "-" && S_ISREG(status.st_mode)) {
-        constexpr off_t longDocument = 16 << 20;  // shorter ones are done before a bar could show
-        const double lines = status.st_size > longDocument && isatty(STDERR_FILENO) ? countLines(file) : 0;
-        return std::unique_ptr<SceneReader>(new SceneReader(url, path, lines, visitor, std::move(faults)));
-    }
-    const std::string bytes = readAll(file);
-    CFDataRef document = CFDataCreate(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),
-                                      static_cast<CFIndex>(bytes.size()));
     std::unique_ptr<SceneReader> reader(new SceneReader(document, url, visitor, std::move(faults)));
     CFRelease(document);
     return reader;
 }
 
 SceneReader::SceneReader(CFDataRef document, const KSURL& url, SceneVisitor& visitor, FaultSink faults)
-    : KSXMLReadStream(document, url), m_visitor(visitor), m_faults(std::move(faults)), m_progress("", 0) {}
-
-SceneReader::SceneReader(const KSURL& url, const std::string& path, double lines, SceneVisitor& visitor,
-                         FaultSink faults)
-    : KSXMLReadStream(url), m_visitor(visitor), m_faults(std::move(faults)), m_progress(path, lines) {}
+    : KSXMLReadStream(document, url),
+      m_visitor(visitor),
+      m_faults(std::move(faults)),
+      m_progress(Progress::ofBytes(getSize())) {}
 
 bool SceneReader::readDocument() {
     Document document;
     pushHandler(&document);
     const bool wellFormed = parse();
-    m_progress.finish();
+    m_progress.hide();
     if (!wellFormed) {
         const long line = getLineNumber();
         const std::string reason = utf8(getErrorDescription());
         fault(line, line ? reason.empty() ? "malformed" : reason : "it cannot be read");
         return false;
     }
-    if (!document.hasProject() && !m_stopped) fault(0, "there is no project in it");
+    if (!document.hasProject() && !m_stopped) fault(m_rootLine, "there is no project in it");
     return document.hasProject();
 }
 
 KSStreamElement* SceneReader::getElementInfo(const char* name) {
     if (isInterrupted() && !m_stopped) stop();
-    if (++m_elementCount % 512 == 0) m_progress.update(static_cast<double>(getLineNumber()));
+    if (m_elementCount == 0) m_rootLine = getLineNumber();
+    if (++m_elementCount % 512 == 0 && m_showsProgress) m_progress.moveTo(getOffset());
     KSStreamElement* element = KSXMLReadStream::getElementInfo(name);
     while (!m_lines.empty() && m_lines.back().element != currentElement()) m_lines.pop_back();
     if (element) {
@@ -134,6 +137,7 @@ long SceneReader::lineOf(const KSStreamElement& element) const {
 
 void SceneReader::fault(long line, const std::string& what) {
     ++m_faultCount;
+    m_progress.hide();
     m_faults(line, what);
 }
 

@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "Progress.h"
+#include "../Terminal.h"
 #include "Scene.h"
 
 namespace kestrel::tools::scene {
 
-/// Where faults go: line (0 for the file as a whole) and what is wrong.
+/// Where faults go: line (0 for a file that cannot be read) and what is wrong.
 using FaultSink = std::function<void(long line, const std::string& what)>;
 
 /// The library's reader with a memory of lines. Handlers find it again through of().
@@ -43,11 +43,11 @@ public:
     void setStrict(bool strict) { m_strict = strict; }
     /// The elements that nobody knew, and that were left out with all they hold.
     unsigned long unknownCount() const { return m_unknownCount; }
+    /// For visitors that write to the terminal themselves.
+    void showNoProgress() { m_showsProgress = false; }
 
 private:
     SceneReader(CFDataRef document, const KSURL& url, SceneVisitor& visitor, FaultSink faults);
-    SceneReader(const KSURL& url, const std::string& path, double lines, SceneVisitor& visitor,
-                FaultSink faults);
 
     struct Line {
         const KSStreamElement* element;
@@ -57,8 +57,9 @@ private:
     SceneVisitor& m_visitor;
     FaultSink m_faults;
     std::vector<Line> m_lines;  // of the open elements, the innermost last
+    long m_rootLine = 1;
     unsigned long m_unknownCount = 0, m_faultCount = 0, m_elementCount = 0;
-    bool m_stopped = false, m_strict = false;
+    bool m_stopped = false, m_strict = false, m_showsProgress = true;
     Progress m_progress;
 };
 

@@ -2,12 +2,12 @@
 
 #include <kestrel/platform/CoreFoundation.h>
 
-#include <charconv>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 
-namespace kestrel::tools::scene {
+namespace kestrel::tools {
 
 std::string utf8(const KSString& text) {
     const std::unique_ptr<char, decltype(&std::free)> buffer(text.createUTF8Str(), &std::free);
@@ -35,6 +35,15 @@ std::string printable(std::string_view text) {
     return result;
 }
 
+std::string filePath(const KSURL& url) {
+    std::string path(4096, '\0');
+    if (!CFURLGetFileSystemRepresentation(url.cf_url(), true, reinterpret_cast<UInt8*>(path.data()),
+                                          static_cast<CFIndex>(path.size())))
+        return "";
+    path.resize(path.find('\0'));
+    return path;
+}
+
 std::string text(const KSUUID& identifier) {
     char digits[33];
     std::snprintf(digits, sizeof digits, "%08x%08x%08x%08x", identifier.words[0], identifier.words[1],
@@ -57,23 +66,12 @@ std::string text(std::span<const double> numbers) {
     return result;
 }
 
-template <class Number>
-std::optional<Number> number(std::string_view text) {
-    Number value;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return value;
-}
-template std::optional<int> number(std::string_view);
-template std::optional<long long> number(std::string_view);
-template std::optional<double> number(std::string_view);
-
-std::optional<std::vector<double>> numbers(std::string_view text) {
+std::optional<std::vector<double>> parseNumbers(std::string_view text) {
     constexpr std::string_view blanks = " \t\r\n";
     std::vector<double> result;
     while (!(text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size())), text.empty())) {
         const auto piece = text.substr(0, text.find_first_of(blanks));
-        const auto value = number<double>(piece);
+        const auto value = parseNumber<double>(piece);
         if (!value) return std::nullopt;
         result.push_back(*value);
         text.remove_prefix(piece.size());
@@ -81,4 +79,4 @@ std::optional<std::vector<double>> numbers(std::string_view text) {
     return result;
 }
 
-}  // namespace kestrel::tools::scene
+}  // namespace kestrel::tools
