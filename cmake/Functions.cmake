@@ -25,12 +25,15 @@ function(kestrel_tests name)
   set_tests_properties(${name} PROPERTIES LABELS "${arg_LABELS}" TIMEOUT 900)
 endfunction()
 
-# kestrel_example(NAME): examples/NAME.cpp, built, and run as a test that must exit with 0.
+# kestrel_example(NAME [arguments...]): examples/NAME.cpp, built, and run as a test that must exit with 0 and print
+# what the comment at the top of its source says.
 function(kestrel_example name)
   add_executable(example_${name} ${name}.cpp)
   target_link_libraries(example_${name} PRIVATE Kestrel::kestrel kestrel_warnings)
-  add_test(NAME example_${name} COMMAND example_${name})
-  set_tests_properties(example_${name} PROPERTIES LABELS examples TIMEOUT 120)
+  add_test(NAME example_${name}
+           COMMAND ${CMAKE_COMMAND} -DPROGRAM=$<TARGET_FILE:example_${name}> "-DARGUMENTS=${ARGN}"
+                   -DSOURCE=${CMAKE_CURRENT_SOURCE_DIR}/${name}.cpp -P ${PROJECT_SOURCE_DIR}/cmake/RunExample.cmake)
+  set_tests_properties(example_${name} PROPERTIES LABELS examples TIMEOUT 120 ENVIRONMENT LC_ALL=C)
 endfunction()
 
 # kestrel_benchmark(NAME sources... [LIBRARIES ...]): one Google Benchmark program.

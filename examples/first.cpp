@@ -1,4 +1,7 @@
 // The program of the README.
+//
+// It prints
+//     00:01:00;02
 #include <kestrel/Kestrel.h>
 
 #include <memory>

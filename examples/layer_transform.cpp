@@ -1,4 +1,16 @@
 // Places a layer in a frame: composes its transform, finds the corners, clips them, and takes it apart again.
+//
+// It prints
+//     [1.732051] [-1.000000] [585.743742]
+//     [1.000000] [1.732051] [-91.769145]
+//     [0.000000] [0.000000] [1.000000]
+//     edge 0 in the frame     (744.7, 0.0) to (1694.3, 548.2)
+//     edge 1 in the frame     (1694.3, 548.2) to (1387.2, 1080.0)
+//     edge 2 in the frame     (1175.3, 1080.0) to (225.7, 531.8)
+//     edge 3 in the frame     (225.7, 531.8) to (532.8, 0.0)
+//     under the frame's middle (320, 180)
+//     turned by 30.0 degrees, scaled by 2 and 2
+//     a corner of it seen at   (0.992, 0.394)
 #include <kestrel/Kestrel.h>
 
 #include <cmath>

@@ -1,0 +1,108 @@
+// An object that saves itself as a scene document and loads itself again.
+//
+//   save_load FILE.xml
+//
+// It prints
+//     Sky at 100%, (0, 0)
+//     Title at 75%, (960, 540)
+#include <kestrel/Kestrel.h>
+
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+namespace {
+
+// The numbers that the code speaks of and the names that stand in the document, once for writing and reading.
+enum Element : unsigned int { root = 1, layer, position };
+enum Attribute : unsigned int { name = 1, opacity, x, y };
+constexpr KSScope scope[] = {{"zuml", root, 0},  // the root of every document
+                             {"layer", layer, 0},
+                             {"name", layer, name},
+                             {"opacity", layer, opacity},
+                             {"position", position, 0},
+                             {"x", position, x},
+                             {"y", position, y},
+                             {nullptr, 0, 0}};
+
+struct Layer {
+    KSString name;
+    double opacity = 1, x = 0, y = 0;
+    bool operator==(const Layer& other) const {
+        return name.compare(other.name) == 0 && opacity == other.opacity && x == other.x && y == other.y;
+    }
+};
+
+class Project : public KSSerializer {
+public:
+    std::vector<Layer> layers;
+
+    void writeBody(KSSerializerWriteStream& out, bool, bool) override {
+        out.pushScope(scope);
+        for (const Layer& each : layers) {
+            out.startElement(layer);
+            out.writeAttribute(name, each.name);
+            out.writeAttribute(opacity, each.opacity);
+            out.startElement(position);
+            out.writeAttribute(x, each.x);
+            out.writeAttribute(y, each.y);
+            out.endElement();
+            out.endElement();
+        }
+        out.popScope();
+    }
+    void writeHeader(KSSerializerWriteStream&, bool) override {}
+    void markFactoriesForSerialization(KSSerializerWriteStream&, bool) override {}
+
+    bool parseBegin(KSSerializerReadStream& in) override {
+        in.pushScope(scope);
+        return true;
+    }
+    bool parseElement(KSSerializerReadStream&, KSStreamElement& element) override {
+        if (element.getToken() == layer) {
+            Layer& added = layers.emplace_back();
+            return element.getAttributeAsString(name, &added.name) &&
+                   element.getAttributeAsDouble(opacity, &added.opacity);
+        }
+        if (element.getToken() == position && !layers.empty())
+            return element.getAttributeAsDouble(x, &layers.back().x) &&
+                   element.getAttributeAsDouble(y, &layers.back().y);
+        return true;
+    }
+    bool parseEnd(KSSerializerReadStream&) override { return true; }
+};
+
+void save(Project& project, const KSURL& url) {
+    KSFileWriteStream file(url);  // what is written is in the file when this has been destroyed
+    KSXMLWriteStream out(file);
+    project.writeBody(out, false, false);
+    out.close();
+}
+
+bool load(Project& project, const KSURL& url) {
+    KSXMLReadStream in(url);
+    in.pushHandler(&project);
+    return in.parse();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) return KSPrint("usage: save_load FILE.xml\n"), 2;
+    const KSURL url(argv[1], false);
+
+    Project project, loaded;
+    project.layers = {{"Sky", 1, 0, 0}, {"Title", 0.75, 960, 540}};
+    try {
+        save(project, url);
+    } catch (const KSException_WriteError&) {
+        return KSPrint("cannot write %s\n", argv[1]), 1;
+    }
+    if (!load(loaded, url)) return KSPrint("cannot read %s\n", argv[1]), 1;
+
+    for (const Layer& each : loaded.layers) {
+        const std::unique_ptr<char, decltype(&std::free)> text(each.name.createUTF8Str(), &std::free);
+        KSPrint("%s at %g%%, (%g, %g)\n", text.get(), 100 * each.opacity, each.x, each.y);
+    }
+    return loaded.layers == project.layers ? 0 : 1;
+}
