@@ -125,7 +125,8 @@ void convertARGBTo422(std::uint8_t* to, const std::uint8_t* from, std::size_t pa
                blue = hn::LoadDup128(di, blues);
     const auto times = [du](auto v, unsigned factor)
                            HWY_ATTR { return hn::Mul(v, hn::Set(du, static_cast<std::uint16_t>(factor))); };
-    const auto mean = [other, di](auto v) HWY_ATTR {  // of a pair, in both of its lanes
+    // Vectors are passed, never captured: those of SVE have no size.
+    const auto mean = [di](auto v, auto other) HWY_ATTR {  // of a pair, in both of its lanes
         return hn::BitCast(di, hn::ShiftRight<1>(hn::Add(v, hn::TableLookupBytes(v, other))));
     };
     std::size_t x = 0;
@@ -136,8 +137,8 @@ void convertARGBTo422(std::uint8_t* to, const std::uint8_t* from, std::size_t pa
                    b = hn::ShiftRight<8>(greenBlue);
         const auto sum = hn::Add(hn::Add(times(r, 66), times(g, 129)), times(b, 25));
         const auto luma = hn::Add(hn::ShiftRight<8>(sum), hn::Set(du, 16));
-        const auto chroma =
-            hn::Add(hn::Add(hn::Mul(mean(r), red), hn::Mul(mean(g), green)), hn::Mul(mean(b), blue));
+        const auto chroma = hn::Add(hn::Add(hn::Mul(mean(r, other), red), hn::Mul(mean(g, other), green)),
+                                    hn::Mul(mean(b, other), blue));
         const auto shifted = hn::BitCast(du, hn::Add(hn::ShiftRight<8>(chroma), hn::Set(di, 128)));
         hn::StoreU(hn::Or(hn::And(shifted, low), hn::ShiftLeft<8>(luma)), du,
                    reinterpret_cast<std::uint16_t*>(to + 2 * x));
