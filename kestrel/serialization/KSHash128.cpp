@@ -36,15 +36,15 @@ constexpr int factors[4] = {1, 5, 3, 7}, offsets[4] = {0, 1, 5, 0};
 
 constexpr std::size_t blockSize = 64;
 
-/// Has value computed before what it is used in. Compilers regroup sums as they like, and lengthen the
-/// chain of steps by it.
+/// Has value computed, in a register, before what it is used in. Compilers regroup sums as they like, and
+/// lengthen the chain of steps by it; or they make vectors of the state, which cost a trip through memory.
 inline std::uint32_t first(std::uint32_t value) noexcept {
     __asm__("" : "+r"(value));
     return value;
 }
 
 template <int i>
-inline void step(std::uint32_t (&state)[4], const unsigned char* block) noexcept {
+[[gnu::always_inline]] inline void step(std::uint32_t (&state)[4], const unsigned char* block) noexcept {
     constexpr int round = i / 16;
     std::uint32_t& a = state[(64 - i) % 4];
     const std::uint32_t b = state[(65 - i) % 4], c = state[(66 - i) % 4], d = state[(67 - i) % 4];
@@ -59,8 +59,8 @@ inline void step(std::uint32_t (&state)[4], const unsigned char* block) noexcept
 }
 
 template <int... i>
-inline void allSteps(std::uint32_t (&state)[4], const unsigned char* block,
-                     std::integer_sequence<int, i...>) noexcept {
+[[gnu::always_inline]] inline void allSteps(std::uint32_t (&state)[4], const unsigned char* block,
+                                            std::integer_sequence<int, i...>) noexcept {
     (step<i>(state, block), ...);
 }
 
@@ -70,7 +70,7 @@ void compress(std::uint32_t (&words)[4], const unsigned char* blocks, std::size_
     for (; count; --count, blocks += blockSize) {
         std::uint32_t state[4] = {chain[0], chain[1], chain[2], chain[3]};
         allSteps(state, blocks, std::make_integer_sequence<int, 64>{});
-        for (int i = 0; i < 4; ++i) chain[i] += state[i];
+        for (int i = 0; i < 4; ++i) chain[i] = first(chain[i] + state[i]);
     }
     std::copy(chain, chain + 4, words);
 }
