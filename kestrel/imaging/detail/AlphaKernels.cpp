@@ -4,6 +4,7 @@
 #include <kestrel/imaging/detail/PixelNumbers.h>
 
 #include <cmath>
+#include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kestrel/imaging/detail/AlphaKernels.cpp"
@@ -17,6 +18,8 @@ namespace kestrel::detail::HWY_NAMESPACE {
 using namespace reference;  // a processor without vectors runs the plain twins
 #else
 namespace hn = hwy::HWY_NAMESPACE;
+
+HWY_INLINE bool isBlack(const Matte& matte) { return matte.red == 0 && matte.green == 0 && matte.blue == 0; }
 
 // ---- Premultiplication
 
@@ -139,20 +142,72 @@ void unPreMultiplyCopy8(std::uint8_t* to, const std::uint8_t* from, std::size_t 
     reference::unPreMultiplyCopy8(to + 4 * done, from + 4 * done, count - done, matte);
 }
 
+/// The bytes of pixels from integers of 0 and more: lane i of component k goes to byte k of pixel i, limited
+/// to 255.
+template <class DI, class V>
+HWY_INLINE hn::Vec<hn::Repartition<std::uint8_t, DI>> PackPixels(DI di, V c0, V c1, V c2, V c3) {
+    const hn::Repartition<std::uint8_t, DI> d8;
+#if HWY_TARGET == HWY_AVX2
+    (void)di;
+    const auto low = _mm256_packs_epi32(c0.raw, c1.raw), high = _mm256_packs_epi32(c2.raw, c3.raw);
+    const hn::Vec<decltype(d8)> planes{_mm256_packus_epi16(low, high)};  // four times four bytes a block
+    alignas(16) static constexpr std::uint8_t order[16] = {0, 4, 8,  12, 1, 5, 9,  13,
+                                                           2, 6, 10, 14, 3, 7, 11, 15};
+    return hn::TableLookupBytes(planes, hn::LoadDup128(d8, order));
+#else
+    const auto most = hn::Set(di, 255);
+    const auto low = hn::Or(hn::Min(c0, most), hn::ShiftLeft<8>(hn::Min(c1, most)));
+    const auto high = hn::Or(hn::ShiftLeft<16>(hn::Min(c2, most)), hn::ShiftLeft<24>(hn::Min(c3, most)));
+    return hn::BitCast(d8, hn::Or(low, high));
+#endif
+}
+
+/// Byte k of each 32-bit lane alone.
+template <int k, class V>
+HWY_INLINE V OnlyByte(V lanes) {
+    const hn::DFromV<V> d;
+    const hn::Repartition<std::uint8_t, decltype(d)> d8;
+    alignas(16) static constexpr std::uint8_t order[16] = {k,     0x80, 0x80, 0x80, k + 4,  0x80, 0x80, 0x80,
+                                                           k + 8, 0x80, 0x80, 0x80, k + 12, 0x80, 0x80, 0x80};
+    return hn::BitCast(d, hn::TableLookupBytesOr0(hn::BitCast(d8, lanes), hn::LoadDup128(d8, order)));
+}
+
+/// Without a matte there is nothing to take away, and nothing is negative or near the two floats that need
+/// more care. The scale of the numbers falls out of the quotient.
+template <bool alphaFirst>
+HWY_INLINE std::size_t DivideBlack8(std::uint8_t* pixels, std::size_t count) {
+    const hn::ScalableTag<float> df;
+    const hn::RebindToSigned<decltype(df)> di;
+    const hn::Repartition<std::uint8_t, decltype(df)> d8;
+    const std::size_t lanes = hn::Lanes(df);
+    constexpr int first = alphaFirst ? 1 : 0;  // colour
+    const auto one = hn::Set(df, 1.0f);
+    std::size_t x = 0;
+    for (; x + lanes <= count; x += lanes) {
+        const auto pixel = hn::BitCast(di, hn::LoadU(d8, pixels + 4 * x));
+        const auto alpha = OnlyByte < alphaFirst ? 0 : 3 > (pixel);
+        const auto a = ScaledUnit8(df, hn::ConvertTo(df, alpha));
+        const auto inverse = hn::IfThenElseZero(hn::Gt(a, hn::Zero(df)), hn::Div(one, a));
+        const auto color = [=](auto c) HWY_ATTR {
+            const auto quotient = hn::Mul(ScaledUnit8(df, hn::ConvertTo(df, c)), inverse);
+            // Fused or not, all pairs of colour and alpha come out alike.
+            return CutInt(df, hn::MulAdd(quotient, hn::Set(df, 255.0f), hn::Set(df, 0.5f)));
+        };
+        const auto r = color(OnlyByte<first>(pixel)), g = color(OnlyByte<first + 1>(pixel)),
+                   b = color(OnlyByte<first + 2>(pixel));
+        hn::StoreU(alphaFirst ? PackPixels(di, alpha, r, g, b) : PackPixels(di, r, g, b, alpha), d8,
+                   pixels + 4 * x);
+    }
+    return x;
+}
+
 template <bool alphaFirst>
 HWY_INLINE std::size_t Unpremultiply8(std::uint8_t* pixels, std::size_t count, Matte matte) {
+    if (isBlack(matte)) return DivideBlack8<alphaFirst>(pixels, count);
     std::uint8_t clear[3];
     store(clear[0], matte.red);
     store(clear[1], matte.green);
     store(clear[2], matte.blue);
-    if (matte.red == 0 && matte.green == 0 && matte.blue == 0)
-        // Nothing to take away, and nothing is negative or near the two floats that need more care.
-        return Divide8<alphaFirst, false>(
-            pixels, pixels, count, matte, clear, [](auto df, auto c, auto, auto inverse) HWY_ATTR {
-                // Fused or not, all pairs of colour and alpha come out alike.
-                const auto p = hn::MulAdd(hn::Mul(c, inverse), hn::Set(df, 255.0f), hn::Set(df, 0.5f));
-                return hn::ConvertTo(hn::RebindToSigned<decltype(df)>(), hn::Min(p, hn::Set(df, 255.0f)));
-            });
     return Divide8<alphaFirst, true>(
         pixels, pixels, count, matte, clear, [](auto df, auto c, auto, auto inverse) HWY_ATTR {
             return RoundedInt(df, hn::Mul(hn::Mul(c, inverse), hn::Set(df, 255.0f)), 255.0f);
@@ -169,6 +224,37 @@ void unpremultiplyARGB8(std::uint8_t* pixels, std::size_t count, Matte matte) {
     reference::unpremultiplyARGB8(pixels + 4 * done, count - done, matte);
 }
 
+// ---- 16 bits without a matte: a 32-bit lane is red and green, or blue and alpha.
+
+HWY_INLINE std::size_t DivideBlack16(std::uint16_t* pixels, std::size_t count) {
+    const hn::ScalableTag<float> df;
+    const hn::RebindToSigned<decltype(df)> di;
+    const hn::RebindToUnsigned<decltype(df)> du;
+    const hn::Repartition<std::uint16_t, decltype(df)> d16;
+    const std::size_t lanes = hn::Lanes(d16);
+    alignas(16) static constexpr std::uint16_t alphas[8] = {0, 0, 0, 0xFFFF, 0, 0, 0, 0xFFFF};
+    const auto isAlpha = hn::MaskFromVec(hn::LoadDup128(d16, alphas));
+    const auto one = hn::Set(df, 1.0f), half = hn::Set(df, 0.5f), full = hn::Set(df, 65535.0f);
+    std::size_t i = 0;
+    for (; i + lanes <= 4 * count; i += lanes) {
+        const auto pixel = hn::LoadU(d16, pixels + i);
+        const auto number = [=](auto bits) HWY_ATTR {
+            return ScaledUnit16(df, hn::ConvertTo(df, hn::BitCast(di, bits)));
+        };
+        const auto redBlue = number(hn::And(hn::BitCast(du, pixel), hn::Set(du, 0xFFFF)));
+        const auto greenAlpha = number(hn::ShiftRight<16>(hn::BitCast(du, pixel)));
+        const auto a = hn::DupOdd(greenAlpha);
+        const auto inverse = hn::IfThenElseZero(hn::Gt(a, hn::Zero(df)), hn::Div(one, a));
+        const auto color = [=](auto c) HWY_ATTR {
+            const auto product = hn::Min(hn::Mul(hn::Mul(c, inverse), full), full);
+            return hn::BitCast(du, CutInt(df, hn::Add(product, half)));  // 0, or 1 and more: no care needed
+        };
+        const auto result = hn::Or(color(redBlue), hn::ShiftLeft<16>(color(greenAlpha)));
+        hn::StoreU(hn::IfThenElse(isAlpha, pixel, hn::BitCast(d16, result)), d16, pixels + i);
+    }
+    return i / 4;
+}
+
 // ---- Wider components: four lanes are a pixel, alpha last.
 
 alignas(16) constexpr std::uint32_t alphaLane[4] = {0, 0, 0, 0xFFFFFFFFu};
@@ -177,6 +263,8 @@ alignas(16) constexpr std::uint32_t alphaLane[4] = {0, 0, 0, 0xFFFFFFFFu};
 /// NaNs do, as an operation quiets them. So alpha is put back as it was read.
 template <typename Component>
 HWY_INLINE std::size_t UnpremultiplyWide(Component* pixels, std::size_t count, Matte matte) {
+    if constexpr (std::is_same_v<Component, std::uint16_t>)
+        if (isBlack(matte)) return DivideBlack16(pixels, count);
     const hn::ScalableTag<float> df;
     const hn::RebindToUnsigned<decltype(df)> du;
     const std::size_t lanes = hn::Lanes(df);
