@@ -34,5 +34,6 @@ void addTransform(CLI::App& app);
 // Those of kestrel-images (see ImageCommands.h).
 void addFrames(CLI::App& app);
 void addPlanes(CLI::App& app);  // kestrel color --planes
+void addRender(CLI::App& app);
 
 }  // namespace kestrel::tools

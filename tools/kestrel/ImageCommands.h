@@ -14,7 +14,8 @@ struct ImageCommand {
 };
 constexpr ImageCommand framesCommand = {"frames",
                                         "Look at, convert and lay out image files and numbered sequences"};
-constexpr ImageCommand imageCommands[] = {framesCommand};
+constexpr ImageCommand renderCommand = {"render", "Render a project document into frames"};
+constexpr ImageCommand imageCommands[] = {framesCommand, renderCommand};
 
 /// Remembers how the command was called; to be called first. Not for several threads.
 void setProgramPath(const char* argv0);

@@ -6,5 +6,6 @@ int main(int argc, char** argv) {
     CLI::App app{"The part of the kestrel command that works on image files"};
     addFrames(app);
     addPlanes(app);
+    addRender(app);
     return parseCommandLine(app, argc, argv);
 }

@@ -1,7 +1,5 @@
 #include "Convert.h"
 
-#include <kestrel/concurrency/KSThread.h>
-
 #include <Imath/half.h>
 
 #include <algorithm>
@@ -16,6 +14,7 @@
 #include <vector>
 
 #include "../Terminal.h"
+#include "../Threads.h"
 #include "FrameList.h"
 
 namespace kestrel::tools {
@@ -96,18 +95,12 @@ public:
         : m_options(options), m_tasks(std::move(tasks)), m_progress(m_tasks.size(), "frames") {}
 
     int run() {
-        std::vector<KSThread> threads;
-        for (unsigned int i = 1; i < std::min<std::size_t>(m_options.jobs, m_tasks.size()); ++i)
-            threads.emplace_back(&Work::take, this);
-        take(this);
-        for (KSThread& thread : threads) thread.wait();
+        onThreads(static_cast<unsigned>(std::min<std::size_t>(m_options.jobs, m_tasks.size())), *this);
         return report();
     }
 
-private:
-    static void take(void* work) { static_cast<Work*>(work)->takeFrames(); }
-
-    void takeFrames() {
+    /// What each thread does.
+    void operator()() {
         for (;;) {
             const std::size_t index = m_next++;
             if (index >= m_tasks.size() || isInterrupted() || (m_options.strict && m_failed > 0)) return;
@@ -123,6 +116,7 @@ private:
         }
     }
 
+private:
     void convert(const Task& task) {
         BitmapPointer picture = readImage(task.in.path);
         const KSBitDepth::Type own = depthOfFormat(picture->getPixelFormat());
@@ -146,14 +140,6 @@ private:
     std::atomic<std::size_t> m_converted = 0;
     std::atomic<std::size_t> m_failed = 0;
 };
-
-/// The name of a file whatever it is called, so that an output is known for an input; empty when there is
-/// none.
-std::string identity(const std::string& path) {
-    std::error_code error;
-    const fs::path known = fs::weakly_canonical(path, error);
-    return error ? path : known.string();
-}
 
 std::vector<Task> planTasks(const ConvertOptions& options) {
     FrameList input = FrameList::read(options.input);

@@ -106,6 +106,12 @@ std::string FrameList::outputPath(const std::string& text, std::size_t index, in
     return filePath(member);
 }
 
+std::string identity(const std::string& path) {
+    std::error_code error;
+    const fs::path known = fs::weakly_canonical(path, error);
+    return error ? path : known.string();
+}
+
 std::string formatRanges(const std::vector<int>& numbers) {
     std::string text;
     for (std::size_t i = 0; i < numbers.size();) {

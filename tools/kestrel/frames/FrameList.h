@@ -39,6 +39,9 @@ private:
     std::vector<Frame> m_frames;
 };
 
+/// The name of a file whatever it is called, so that an output is known for an input.
+std::string identity(const std::string& path);
+
 /// "1-5, 9, 12-20".
 std::string formatRanges(const std::vector<int>& numbers);
 

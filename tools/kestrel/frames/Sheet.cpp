@@ -69,8 +69,8 @@ void drawText(KSBitmap& picture, unsigned int x, unsigned int y, std::string_vie
     }
 }
 
-int makeSheet(const SheetOptions& options) {
-    const std::vector<Frame> frames = thinOut(FrameList::read(options.input).getFrames(), options.most);
+int makeSheet(const std::vector<Frame>& all, const SheetOptions& options) {
+    const std::vector<Frame> frames = thinOut(all, options.most);
     std::vector<BitmapPointer> pictures(frames.size());
     unsigned int height = 0;
     for (std::size_t i = 0; i < frames.size(); ++i) {
@@ -88,7 +88,7 @@ int makeSheet(const SheetOptions& options) {
             std::fprintf(stderr, "kestrel frames: %s\n", error.what());
         }
     }
-    if (height == 0) throw ImageError(options.input + ": no frame could be read");
+    if (height == 0) throw ImageError(options.output + ": no frame for it could be read");
 
     const auto columns = static_cast<unsigned>(std::min<std::size_t>(options.columns, frames.size()));
     const auto rows = static_cast<unsigned>((frames.size() + columns - 1) / columns);

@@ -12,6 +12,7 @@
 #include "Convert.h"
 #include "FrameList.h"
 #include "Sheet.h"
+#include "TestPatterns.h"
 
 namespace kestrel::tools {
 
@@ -55,9 +56,15 @@ int makeTestSequence(const TestOptions& options) {
         const int index = number - options.first;
         const std::string path =
             FrameList::outputPath(options.output, static_cast<std::size_t>(index), number);
-        BitmapPointer picture = makeTestPicture(options.width, options.height,
-                                                static_cast<float>(index) / static_cast<float>(count), path);
-        drawText(*picture, 8, 8, std::to_string(number), std::max(1u, options.height / 90));
+        const float phase = static_cast<float>(index) / static_cast<float>(count);
+        BitmapPointer picture;
+        if (options.pattern == "disc") {
+            picture = makeTestPicture(options.width, options.height, phase, path);
+            drawText(*picture, 8, 8, std::to_string(number), std::max(1u, options.height / 90));
+        } else {
+            picture = makeTestPattern(options.pattern, options.width, options.height, phase, options.color,
+                                      options.color2, path);
+        }
         writeImage(path, *convertBitmap(std::move(picture), Conversion{}, depth, path));
         progress.step(path);
     }

@@ -17,75 +17,14 @@
 #include "../Text.h"
 #include "Convert.h"
 #include "FrameList.h"
+#include "Options.h"
 #include "Sheet.h"
+#include "TestPatterns.h"
 #include "TestPicture.h"
 
 namespace kestrel::tools {
 
 namespace {
-
-const std::map<std::string, KSBitDepth::Type> depthNames = {{"8", KSBitDepth::INTEGER_8},
-                                                            {"16", KSBitDepth::INTEGER_16},
-                                                            {"half", KSBitDepth::HALF},
-                                                            {"float", KSBitDepth::FLOAT}};
-
-constexpr unsigned int largestSide = 65536;
-
-/// "WxH", both from 1 to largestSide.
-std::optional<Window> parseSize(const std::string& text) {
-    const std::size_t mark = text.find('x');
-    if (mark == std::string::npos) return std::nullopt;
-    const auto width = parseNumber<unsigned int>(std::string_view(text).substr(0, mark));
-    const auto height = parseNumber<unsigned int>(std::string_view(text).substr(mark + 1));
-    if (!width || !height || *width < 1 || *height < 1 || *width > largestSide || *height > largestSide)
-        return std::nullopt;
-    return Window{0, 0, *width, *height};
-}
-
-/// "X,Y,WxH".
-std::optional<Window> parseWindow(const std::string& text) {
-    const std::size_t first = text.find(',');
-    const std::size_t second = text.find(',', first + 1);
-    if (first == std::string::npos || second == std::string::npos) return std::nullopt;
-    const auto x = parseNumber<int>(std::string_view(text).substr(0, first));
-    const auto y = parseNumber<int>(std::string_view(text).substr(first + 1, second - first - 1));
-    auto window = parseSize(text.substr(second + 1));
-    if (!x || !y || !window) return std::nullopt;
-    window->x = *x;
-    window->y = *y;
-    return window;
-}
-
-/// "A-B" or "A", as x and y.
-std::optional<Window> parseFrames(const std::string& text) {
-    const std::size_t mark = text.find('-');
-    const auto first = parseNumber<int>(std::string_view(text).substr(0, mark));
-    const auto last =
-        mark == std::string::npos ? first : parseNumber<int>(std::string_view(text).substr(mark + 1));
-    if (!first || !last || *last < *first) return std::nullopt;
-    return Window{*first, *last, 0, 0};
-}
-
-/// An option whose text is read by parse into target; forms says what it takes.
-template <class Value, class Parse>
-void addParsed(CLI::App* app, const char* name, std::optional<Value>& target, Parse parse,
-               const std::string& help, const std::string& forms) {
-    app->add_option_function<std::string>(
-        name,
-        [&target, parse, name, forms](const std::string& text) {
-            target = parse(text);
-            if (!target) throw CLI::ValidationError(name, "'" + text + "' is not " + forms);
-        },
-        help);
-}
-
-CLI::Option* addDepth(CLI::App* app, std::optional<KSBitDepth::Type>& target) {
-    return app
-        ->add_option_function<std::string>(
-            "--depth", [&target](const std::string& name) { target = depthNames.at(name); },
-            "8, 16, half or float; otherwise that of the input, or the nearest that the file format has")
-        ->check(CLI::IsMember(depthNames));
-}
 
 /// Runs a command and turns what it throws into a message.
 void run(const std::function<int()>& command) {
@@ -172,7 +111,7 @@ void addConvertCommand(CLI::App* frames) {
     convert->add_flag("--opaque", steps.opaque, "Make every pixel opaque");
     convert->add_flag("--flip", steps.flip, "Turn upside down");
     addParsed(convert, "--size", steps.size, parseSize, "Scale to WxH, nearest pixels", "WxH");
-    addDepth(convert, steps.depth);
+    addDepth(convert, steps.depth, "that of the input, or the nearest that the file format has");
     addParsed(convert, "--frames", options->frames, parseFrames, "Only the frames A-B", "A-B");
     convert->add_option("--jobs", options->jobs, "Frames converted at the same time")
         ->check(CLI::Range(1, 256));
@@ -193,14 +132,15 @@ void addConvertCommand(CLI::App* frames) {
 void addSheetCommand(CLI::App* frames) {
     CLI::App* sheet = frames->add_subcommand("sheet", "Write a contact sheet with frame numbers");
     auto options = std::make_shared<SheetOptions>();
-    sheet->add_option("IN", options->input, "The sequence")->required();
+    auto input = std::make_shared<std::string>();
+    sheet->add_option("IN", *input, "The sequence")->required();
     sheet->add_option("OUT", options->output, "The picture to write")->required();
     sheet->add_option("--columns", options->columns, "Pictures in a row")->check(CLI::Range(1, 100));
     sheet->add_option("--width", options->width, "Width of a picture in pixels")->check(CLI::Range(16, 2048));
     sheet->add_option("--most", options->most, "At most so many pictures, evenly chosen")
         ->check(CLI::Range(1, 2000));
     sheet->footer("Example:\n  kestrel frames sheet 'shot.[####].exr' sheet.png --columns 8");
-    sheet->callback([options] { run([&] { return makeSheet(*options); }); });
+    sheet->callback([=] { run([&] { return makeSheet(FrameList::read(*input).getFrames(), *options); }); });
 }
 
 void addTestCommand(CLI::App* frames) {
@@ -212,12 +152,27 @@ void addTestCommand(CLI::App* frames) {
     test->add_option("OUT", options->output, "The sequence to write")->required();
     addParsed(test, "--size", *size, parseSize, "WxH (480x270)", "WxH");
     addParsed(test, "--frames", *range, parseFrames, "A-B (1-24)", "A-B");
-    addDepth(test, *depth);
-    test->footer("Example:\n  kestrel frames test 'test.[####].exr' --frames 1-48");
+    std::vector<std::string> patterns = testPatternNames();
+    patterns.insert(patterns.begin(), options->pattern);
+    test->add_option("--pattern", options->pattern, "What the pictures show")
+        ->check(CLI::IsMember(patterns))
+        ->capture_default_str();
+    auto color = std::make_shared<std::optional<KSColor>>(),
+         color2 = std::make_shared<std::optional<KSColor>>();
+    addParsed(test, "--color", *color, parseColor, "Of patterns other than disc and ring", "a colour");
+    addParsed(test, "--color2", *color2, parseColor, "At the gradient's bottom, and the glow's edge",
+              "a colour");
+    addDepth(test, *depth, "half, or the nearest that the file format has");
+    test->footer(
+        "Examples:\n"
+        "  kestrel frames test 'test.[####].exr' --frames 1-48\n"
+        "  kestrel frames test sky.exr --frames 1-1 --pattern gradient --color '#204060' --color2 orange");
     test->callback([=] {
         if (*size) options->width = (*size)->width, options->height = (*size)->height;
         if (*range) options->first = (*range)->x, options->last = (*range)->y;
         options->depth = depth->value_or(options->depth);
+        options->color = color->value_or(options->color);
+        options->color2 = color2->value_or(options->color);
         run([&] { return makeTestSequence(*options); });
     });
 }

@@ -27,7 +27,11 @@ enum Element : unsigned {
     eSolid,
     eKeyframes,
     eParameter,
-    eValues
+    eValues,
+    eThumbnail,
+    eAlpha,
+    eChecker,
+    eInterpolation
 };
 enum Attribute : unsigned {
     aVersion = 1,
@@ -46,7 +50,8 @@ enum Attribute : unsigned {
     aC1,
     aC2,
     aAlpha,
-    aCount
+    aCount,
+    aSquare
 };
 
 constexpr KSScope documentScope[] = {{"zuml", eRoot, 0},
@@ -62,6 +67,9 @@ constexpr KSScope projectScope[] = {
     {"duration", eComposition, aDuration},     {nullptr, 0, 0}};
 constexpr KSScope compositionScope[] = {{"layer", eLayer, 0},
                                         {"timecode", eTimecode, 0},
+                                        {"thumbnail", eThumbnail, 0},
+                                        {"width", eThumbnail, aWidth},
+                                        {"height", eThumbnail, aHeight},
                                         {"name", eLayer, aName},
                                         {"identifier", eLayer, aIdentifier},
                                         {"blend", eLayer, aBlend},
@@ -69,21 +77,21 @@ constexpr KSScope compositionScope[] = {{"layer", eLayer, 0},
                                         {"in", eLayer, aIn},
                                         {"out", eLayer, aOut},
                                         {nullptr, 0, 0}};
-constexpr KSScope layerScope[] = {{"source", eSource, 0},
-                                  {"transform", eTransform, 0},
-                                  {"aspect", eTransform, aAspect},
-                                  {"solid", eSolid, 0},
-                                  {"c0", eSolid, aC0},
-                                  {"c1", eSolid, aC1},
-                                  {"c2", eSolid, aC2},
-                                  {"alpha", eSolid, aAlpha},
-                                  {"keyframes", eKeyframes, 0},
-                                  {"count", eKeyframes, aCount},
-                                  {nullptr, 0, 0}};
+constexpr KSScope layerScope[] = {{"source", eSource, 0},        {"alpha", eAlpha, 0},
+                                  {"checker", eChecker, 0},      {"width", eChecker, aWidth},
+                                  {"height", eChecker, aHeight}, {"square", eChecker, aSquare},
+                                  {"transform", eTransform, 0},  {"aspect", eTransform, aAspect},
+                                  {"solid", eSolid, 0},          {"c0", eSolid, aC0},
+                                  {"c1", eSolid, aC1},           {"c2", eSolid, aC2},
+                                  {"alpha", eSolid, aAlpha},     {"keyframes", eKeyframes, 0},
+                                  {"count", eKeyframes, aCount}, {nullptr, 0, 0}};
 constexpr KSScope transformScope[] = {{"position", ePosition, 0}, {"rotation", eRotation, 0},
                                       {"scale", eScale, 0},       {"shear", eShear, 0},
                                       {"pivot", ePivot, 0},       {nullptr, 0, 0}};
-constexpr KSScope keyframesScope[] = {{"parameter", eParameter, 0}, {"values", eValues, 0}, {nullptr, 0, 0}};
+constexpr KSScope keyframesScope[] = {{"parameter", eParameter, 0},
+                                      {"interpolation", eInterpolation, 0},
+                                      {"values", eValues, 0},
+                                      {nullptr, 0, 0}};
 
 void writeText(KSSerializerWriteStream& out, unsigned element, const KSString& value) {
     out.startElement(element);
@@ -169,12 +177,27 @@ void Composition::writeHeader(KSSerializerWriteStream& out, bool) {
 
 void Composition::writeBody(KSSerializerWriteStream& out, bool, bool) {
     writeText(out, eTimecode, timecodeMode);
+    if (thumbnail) {
+        out.startElement(eThumbnail);
+        out.writeAttribute(aWidth, thumbnail->width);
+        out.writeAttribute(aHeight, thumbnail->height);
+        out.writeValue(thumbnail->armour);
+        out.endElement();
+    }
     for (const auto& layer : layers) layer->write(out);
 }
 
 bool Composition::parseElement(KSSerializerReadStream& in, KSStreamElement& element) {
     if (element.getToken() == eTimecode) {
         element.getAsString(&timecodeMode);
+        return in.ignoreElement();
+    }
+    if (element.getToken() == eThumbnail) {
+        const ElementReader attributes(SceneReader::of(in), element, "thumbnail");
+        thumbnail.emplace().line = attributes.line();
+        attributes.read(aWidth, "width", thumbnail->width);
+        attributes.read(aHeight, "height", thumbnail->height);
+        element.getAsString(&thumbnail->armour);
         return in.ignoreElement();
     }
     Layer& layer = *layers.emplace_back(std::make_unique<Layer>());
@@ -211,6 +234,7 @@ void Layer::writeHeader(KSSerializerWriteStream& stream, bool) {
 
 void Layer::writeBody(KSSerializerWriteStream& stream, bool, bool) {
     if (!source.empty()) writeText(stream, eSource, source);
+    if (!alpha.empty()) writeText(stream, eAlpha, alpha);
     if (transform) transform->write(stream);
     if (solid) {
         stream.startElement(eSolid);
@@ -219,6 +243,13 @@ void Layer::writeBody(KSSerializerWriteStream& stream, bool, bool) {
         stream.writeAttribute(aC2, solid->components[2]);
         stream.writeAttribute(aAlpha, solid->alpha);
         stream.writeValue(solid->model);
+        stream.endElement();
+    }
+    if (checker) {
+        stream.startElement(eChecker);
+        stream.writeAttribute(aWidth, checker->width);
+        stream.writeAttribute(aHeight, checker->height);
+        stream.writeAttribute(aSquare, checker->square);
         stream.endElement();
     }
     for (const auto& table : keyframes) table->write(stream);
@@ -235,6 +266,10 @@ bool Layer::parseElement(KSSerializerReadStream& stream, KSStreamElement& elemen
             element.getAsString(&source);
             break;
         }
+        case eAlpha: {
+            element.getAsString(&alpha);
+            break;
+        }
         case eTransform: {
             single(transform.has_value(), "transform");
             ElementReader(reader, element, "transform").read(aAspect, "aspect", transform.emplace().aspect);
@@ -249,6 +284,15 @@ bool Layer::parseElement(KSSerializerReadStream& stream, KSStreamElement& elemen
             attributes.read(aC2, "c2", solid->components[2]);
             attributes.read(aAlpha, "alpha", solid->alpha);
             element.getAsString(&solid->model);
+            break;
+        }
+        case eChecker: {
+            single(checker.has_value(), "checker");
+            const ElementReader attributes(reader, element, "checker");
+            checker.emplace();
+            attributes.read(aWidth, "width", checker->width);
+            attributes.read(aHeight, "height", checker->height);
+            attributes.read(aSquare, "square", checker->square);
             break;
         }
         case eKeyframes: {
@@ -314,12 +358,15 @@ void Keyframes::writeHeader(KSSerializerWriteStream& out, bool) {
 
 void Keyframes::writeBody(KSSerializerWriteStream& out, bool, bool) {
     writeText(out, eParameter, parameter);
+    if (!interpolation.empty()) writeText(out, eInterpolation, interpolation);
     writeNumbers(out, eValues, values);
 }
 
 bool Keyframes::parseElement(KSSerializerReadStream& in, KSStreamElement& element) {
     if (element.getToken() == eParameter) {
         element.getAsString(&parameter);
+    } else if (element.getToken() == eInterpolation) {
+        element.getAsString(&interpolation);
     } else {
         ElementReader(SceneReader::of(in), element, "values").readValue(values);
     }

@@ -1,7 +1,7 @@
 // tools/kestrel/scene/Scene.h - the objects of a project document, as an application would define them.
 //
-// A document holds one project; a project, compositions; a composition, layers; a layer, its source, its
-// transform, a solid and keyframe tables. Each object is a serializer: it writes its own element with its
+// A document holds one project; a project, compositions; a composition, a thumbnail and layers; a layer, its
+// source, its transform, a solid, a checkerboard and keyframe tables. Each object is a serializer: it writes its own element with its
 // attributes (writeHeader) and what is inside (writeBody), and it is the handler of what is inside when a
 // document is read. What decides the picture but is text (the source, a mode's name) stands in a value,
 // not in an attribute, because a fingerprint leaves string attributes out. Names may change freely.
@@ -52,10 +52,23 @@ struct Solid {
     double alpha = 1;
 };
 
+/// A plane of grey and white squares, as KSMakeCheckerImage draws them.
+struct Checker {
+    int width = 0, height = 0, square = 8;  ///< pixels
+};
+
+/// A small picture of the composition: rows of RGB bytes in the text of a KSAsciiStream.
+struct Thumbnail {
+    int width = 0, height = 0;  ///< pixels
+    KSString armour;
+    long line = 0;
+};
+
 /// How one parameter moves: pairs of a frame and a number.
 class Keyframes final : public Object {
 public:
     KSString parameter;
+    KSString interpolation;  ///< between keys: null for linear, or "linear", "hold", "smooth"
     std::vector<double> values;
 
     void writeHeader(KSSerializerWriteStream& out, bool) override;
@@ -77,8 +90,10 @@ public:
     double opacity = 1;
     long long in = 0, out = 0;  ///< frames of the composition; out is the first one without the layer
     KSString source;            ///< URL text; null without a source
+    KSString alpha;  ///< of the source: null for straight, or "straight", "premultiplied", "ignore"
     std::optional<Transform> transform;
     std::optional<Solid> solid;
+    std::optional<Checker> checker;
     std::vector<std::unique_ptr<Keyframes>> keyframes;
     long line = 0;
 
@@ -97,6 +112,7 @@ public:
     int width = 0, height = 0;          ///< pixels
     long long start = 0, duration = 0;  ///< frames
     KSString timecodeMode;              ///< its registered name
+    std::optional<Thumbnail> thumbnail;
     std::vector<std::unique_ptr<Layer>> layers;
     long line = 0;
 

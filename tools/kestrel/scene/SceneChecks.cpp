@@ -13,6 +13,10 @@ namespace {
 constexpr int newestVersion = 1;
 constexpr std::string_view colorModels[] = {"HSL", "HSV", "HWB", "RGB", "YIQ", "YUV", "CLU"};
 
+constexpr std::string_view alphaKinds[] = {"straight", "premultiplied", "ignore"};
+constexpr std::string_view interpolations[] = {"linear", "hold", "smooth"};
+constexpr int largestSide = 65536;
+
 bool isShare(double value) { return value >= 0 && value <= 1; }
 
 template <class Numbers>
@@ -61,6 +65,7 @@ bool SceneChecks::composition(Composition& composition) {
     }
     checkDuration(composition);
     checkTimecode(composition);
+    if (composition.thumbnail) checkThumbnail(*composition.thumbnail);
     for (const auto& layer : composition.layers) checkLayer(*layer);
     return true;
 }
@@ -106,7 +111,9 @@ void SceneChecks::checkLayer(const Layer& layer) {
         m_fault(layer.line, "layer: source is no URL");
     }
     if (layer.transform) checkTransform(layer);
+    checkName(layer.line, "layer: alpha", layer.alpha, alphaKinds);
     if (layer.solid) checkSolid(layer);
+    if (layer.checker) checkChecker(layer);
     for (const auto& keyframes : layer.keyframes) checkKeyframes(*keyframes);
 }
 
@@ -146,7 +153,46 @@ void SceneChecks::checkSolid(const Layer& layer) {
     }
 }
 
+void SceneChecks::checkChecker(const Layer& layer) {
+    const Checker& checker = *layer.checker;
+    for (const int side : {checker.width, checker.height, checker.square})
+        if (side < 1 || side > largestSide)
+            m_fault(layer.line, "layer: its checkerboard has a side of " + std::to_string(side) + " pixels");
+}
+
+void SceneChecks::checkThumbnail(const Thumbnail& thumbnail) {
+    const auto fault = [&](const std::string& what) { m_fault(thumbnail.line, "thumbnail: " + what); };
+    constexpr int largest = 4096;
+    if (thumbnail.width < 1 || thumbnail.height < 1 || thumbnail.width > largest ||
+        thumbnail.height > largest) {
+        return fault("it has " + std::to_string(thumbnail.width) + " by " + std::to_string(thumbnail.height) +
+                     " pixels");
+    }
+    const std::string armour = utf8(thumbnail.armour);
+    KSAsciiStream stream;
+    if (!stream.open(armour.data(), armour.size())) return fault(utf8(stream.getError()));
+    const auto size =
+        static_cast<std::size_t>(thumbnail.width) * static_cast<std::size_t>(thumbnail.height) * 3;
+    std::vector<char> pixels(size + 1);
+    const unsigned long long held = stream.read(pixels.data(), pixels.size());
+    constexpr std::size_t header = 12;
+    if (held != size || armour.size() != header + size / 3 * 4) {
+        fault("it does not hold " + std::to_string(size) + " bytes of pixels");
+    } else if (!std::all_of(armour.begin(), armour.end(),
+                            [](char c) { return KSAsciiStream::validChar(static_cast<unsigned char>(c)); })) {
+        fault("its text holds a character that carries no value");
+    }
+}
+
+void SceneChecks::checkName(long line, const char* what, const KSString& name,
+                            std::span<const std::string_view> known) {
+    const std::string text = utf8(name);
+    if (text.empty() || std::find(known.begin(), known.end(), text) != known.end()) return;
+    m_fault(line, std::string(what) + " \"" + printable(text) + "\" is not known");
+}
+
 void SceneChecks::checkKeyframes(const Keyframes& keyframes) {
+    checkName(keyframes.line, "keyframes: interpolation", keyframes.interpolation, interpolations);
     if (keyframes.parameter.empty()) m_fault(keyframes.line, "keyframes: no parameter is named");
     const auto& values = keyframes.values;
     if (keyframes.declaredCount && *keyframes.declaredCount != static_cast<long long>(values.size() / 2)) {

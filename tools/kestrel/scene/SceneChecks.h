@@ -4,6 +4,8 @@
 #include <array>
 #include <cstdint>
 #include <set>
+#include <span>
+#include <string_view>
 
 #include "SceneReader.h"
 
@@ -28,6 +30,10 @@ private:
     void checkRange(const Layer& layer);
     void checkTransform(const Layer& layer);
     void checkSolid(const Layer& layer);
+    void checkChecker(const Layer& layer);
+    void checkThumbnail(const Thumbnail& thumbnail);
+    void checkName(long line, const char* what, const KSString& name,
+                   std::span<const std::string_view> known);
     void checkKeyframes(const Keyframes& keyframes);
 
     const FaultSink m_fault, m_warn;

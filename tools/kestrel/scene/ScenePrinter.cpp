@@ -41,6 +41,12 @@ bool ScenePrinter::composition(Composition& composition) {
     field("duration", std::to_string(composition.duration));
     identifier(composition.identifier);
     bool good = end();
+    if (const auto& thumbnail = composition.thumbnail) {
+        begin(2, "thumbnail");
+        field("size", std::to_string(thumbnail->width) + " x " + std::to_string(thumbnail->height));
+        field("armour", std::to_string(utf8(thumbnail->armour).size()) + " characters");
+        good = end();
+    }
     for (const auto& part : composition.layers) {
         layer(*part);
         good = m_out.isGood();
@@ -60,6 +66,7 @@ void ScenePrinter::layer(const Layer& layer) {
     if (!layer.source.empty()) {
         begin(3, "source");
         m_line += ' ' + readable(layer.source);
+        if (!layer.alpha.empty()) field("alpha", printable(utf8(layer.alpha)));
         end();
     }
     if (layer.transform) {
@@ -79,9 +86,16 @@ void ScenePrinter::layer(const Layer& layer) {
         field("alpha", text(layer.solid->alpha));
         end();
     }
+    if (layer.checker) {
+        begin(3, "checker");
+        field("size", std::to_string(layer.checker->width) + " x " + std::to_string(layer.checker->height));
+        field("square", std::to_string(layer.checker->square));
+        end();
+    }
     for (const auto& table : layer.keyframes) {
         begin(3, "keyframes");
         name(table->parameter);
+        if (!table->interpolation.empty()) field("interpolation", printable(utf8(table->interpolation)));
         for (std::size_t i = 0; i + 1 < table->values.size(); i += 2) {
             constexpr std::size_t most = 2 * 6;  // keys shown, before the rest is only counted
             if (i == most) {
