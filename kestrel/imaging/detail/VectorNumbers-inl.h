@@ -54,13 +54,14 @@ HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> CutInt(DF, V v) {
 #endif
 }
 
-/// clamp(floor(p + 0.5 + 1e-7), 0, limit), with 0 for NaN. Adding 0.5 in float gives the same but for the
-/// two floats below 0.5 that only the 1e-7 lifts to 1.
-template <class DF, class V>
+/// clamp(floor(p + 0.5 + 1e-7), 0, limit), with 0 for NaN (which the maximum drops on x86, and the conversion
+/// elsewhere). Adding 0.5 in float gives the same but for the two floats below 0.5 that only the 1e-7 lifts
+/// to 1; care is for products that can be one of these.
+template <bool care = true, class DF, class V>
 HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> RoundedInt(DF df, V p, float limit) {
-    const auto zero = hn::Zero(df), half = hn::Set(df, 0.5f);
-    p = hn::Min(hn::IfThenElseZero(hn::Gt(p, zero), p), hn::Set(df, limit));
-    p = hn::Max(p, hn::IfThenElseZero(hn::Ge(p, hn::Set(df, 0x1.fffffap-2f)), half));
+    const auto half = hn::Set(df, 0.5f);
+    p = hn::Min(hn::Max(p, hn::Zero(df)), hn::Set(df, limit));
+    if constexpr (care) p = hn::Max(p, hn::IfThenElseZero(hn::Ge(p, hn::Set(df, 0x1.fffffap-2f)), half));
     return CutInt(df, hn::Add(p, half));
 }
 
@@ -129,6 +130,18 @@ HWY_INLINE hn::Vec<hn::RebindToUnsigned<DF>> HalfFromFloat(DF df, V value) {
         hn::Or(hn::Set(du, 0x7C00), hn::IfThenElse(hn::Eq(payload, hn::Zero(du)), hn::Set(du, 1), payload));
     const auto isNaN = hn::RebindMask(du, hn::Gt(signedMagnitude, hn::Set(di, 0x7F800000)));
     return hn::Or(hn::IfThenElse(isNaN, nan, result), sign);
+}
+
+/// The numbers of 16-bit floats where all NaNs are alike.
+template <class DF>
+HWY_INLINE hn::Vec<DF> LoadAnyNaN(DF df, const half* from) {
+    const auto bits =
+        hn::LoadU(hn::Rebind<std::uint16_t, DF>(), reinterpret_cast<const std::uint16_t*>(from));
+#if KESTREL_HALF_INSTRUCTIONS
+    return hn::PromoteTo(df, hn::BitCast(hn::Rebind<hwy::float16_t, DF>(), bits));
+#else
+    return FloatFromHalf(df, hn::PromoteTo(hn::RebindToUnsigned<DF>(), bits));
+#endif
 }
 
 /// Rows of components as vectors of floats, by component type: Load gives the number of each, Store rounds.
