@@ -8,10 +8,20 @@
 
 namespace {
 
-// The quotient of two numbers of which the second is positive. Most fit 32 bits, where division is faster.
+// Most numbers are positive and fit 32 bits, where division is faster.
 std::int64_t divide(std::int64_t a, std::int64_t b) {
     if (((a | b) >> 32) == 0) return static_cast<std::uint32_t>(a) / static_cast<std::uint32_t>(b);
     return a / b;
+}
+
+// Far enough from the limits of 64 bits to add frames to.
+constexpr std::int64_t largestCount = std::int64_t{1} << 62;
+
+// The nearest number within largestCount: only rules that make no sense come to the end of it.
+std::int64_t multiply(std::int64_t a, std::int64_t b) {
+    std::int64_t product;
+    if (__builtin_mul_overflow(a, b, &product)) return (a < 0) == (b < 0) ? largestCount : -largestCount;
+    return std::clamp(product, -largestCount, largestCount);
 }
 
 int toInt(std::int64_t value) {
@@ -19,9 +29,17 @@ int toInt(std::int64_t value) {
     return static_cast<int>(std::clamp<std::int64_t>(value, Limits::min(), Limits::max()));
 }
 
-// At least two digits.
+// At least two characters: a zero or, in rules that count backwards, a sign stands before a single digit.
 template <class Unit>
 Unit* writeNumber(Unit* out, std::int64_t value) {
+    if (value < 0) {
+        *out++ = '-';
+        value = -value;
+        if (value < 10) {
+            *out++ = static_cast<Unit>('0' + value);
+            return out;
+        }
+    }
     if (value >= 100) {
         out = writeNumber(out, value / 10);
         value %= 10;
@@ -108,15 +126,13 @@ std::int64_t KSTimecode::countDropped(std::int64_t frame, const KSTimecodeMode& 
     // The frames before the first drop point of a keep interval, and the numbers that it keeps.
     const bool isBeforeDrops = rest >= 0 && rest < drop;
     const std::int64_t drops = isBeforeDrops ? 0 : divide(rest - drop, mode.m_framesPerDrop);
-    const std::int64_t dropsPerKeep = mode.m_keepInterval / mode.m_dropInterval - 1;
-    return (drops + dropsPerKeep * keepIntervals) * drop;
+    return multiply(drops + multiply(mode.m_dropsPerKeep - 1, keepIntervals), drop);
 }
 
 int KSTimecode::getDroppedFrames(const int& frame, const KSTimecodeMode& mode) noexcept {
     return toInt(countDropped(frame, mode));
 }
 
-// 64 bits hold every step: the frame numbers of 2^31 frames stay below 2^63 in any rule that can be.
 template <class Unit>
 Unit* KSTimecode::write(Unit* out, int frame, const KSTimecodeMode& mode) noexcept {
     std::int64_t number = frame;
@@ -169,10 +185,10 @@ int KSTimecode::parse(const Unit* text, const Unit* end, const KSTimecodeMode& m
     std::int64_t value = allSeconds * mode.m_fps + frames;
     if (mode.m_framesPerKeep != 0) {
         const std::int64_t framesPerInterval = std::int64_t{mode.m_fps} * mode.m_dropInterval;
-        const std::int64_t framesPerKeep = mode.m_keepInterval / mode.m_dropInterval * framesPerInterval;
+        const std::int64_t framesPerKeep = mode.m_dropsPerKeep * framesPerInterval;
         const std::int64_t last = std::max<std::int64_t>(value - 1, 0);
         const std::int64_t drops = divide(last, framesPerInterval) - divide(last, framesPerKeep);
-        value -= drops * mode.m_dropFrames;
+        value -= multiply(drops, mode.m_dropFrames);
     }
     return toInt(isNegative ? -value : value);
 }

@@ -11,9 +11,13 @@
 /// Converts between a signed frame index and text: hours:minutes:seconds:frames, with ";" before the frames
 /// in a mode that drops. Hours do not wrap at 24.
 ///
-/// Inverse    every frame reads back from its own text, within the range. A text that no frame has, with a
-///            number that its mode skips or a field above its range, reads as some frame near it: 00:01:00;01
-///            of the usual drop mode is frame 1799.
+/// Inverse    every frame reads back from its own text, within the range, in a mode whose rule skips fewer
+///            numbers than there are. A text that no frame has, with a number that its mode skips or a
+///            field above its range, reads as some frame near it: 00:01:00;01 of the usual drop mode is
+///            frame 1799.
+/// Oddity     deliberate: before the first drop point of a keep interval nothing is skipped, not even where
+///            a rule skips more numbers than it leaves. Rules with negative numbers follow the same formulas;
+///            they repeat numbers, and a field may be negative.
 /// Range      every int is a frame; texts beyond give the nearest int.
 /// Threads    any.
 /// Errors     none: every text means some frame. Whoever reads texts of people checks them first.

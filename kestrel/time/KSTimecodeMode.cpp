@@ -34,24 +34,34 @@ bool isSameText(const KSString& a, const KSString& b) {
 
 }  // namespace
 
-const KSTimecodeMode KSTimecodeMode::k30FPS_DropFrame(Nm30ND, 30, 2, 60, 600);
-const KSTimecodeMode KSTimecodeMode::k30FPS_NonDropFrame(Nm30ND, 30, 0, 0, 0);
-
-KSTimecodeMode::KSTimecodeMode(const char* name, int fps, int dropFrames, int dropInterval, int keepInterval)
-    : m_name(name),
-      m_fps(std::max(fps, 1)),
+// 64 bits hold every product: an interval has less than 2^62 frames, and so has a keep interval.
+constexpr KSTimecodeMode::KSTimecodeMode(int fps, int dropFrames, int dropInterval, int keepInterval) noexcept
+    : m_fps(std::max(fps, 1)),
       m_dropFrames(dropFrames),
       m_dropInterval(dropInterval),
       m_keepInterval(keepInterval) {
-    if (m_name.empty()) m_name.set((std::to_string(fps) + " FPS" + (isDropFrame() ? "-DF" : "")).c_str());
+    if (m_dropFrames == 0 || m_dropInterval == 0 || m_keepInterval < m_dropInterval) return;
+    const std::int64_t dropsPerKeep = std::int64_t{m_keepInterval} / m_dropInterval;
+    const std::int64_t framesPerDrop = std::int64_t{m_fps} * m_dropInterval - m_dropFrames;
+    const std::int64_t framesPerKeep = framesPerDrop * dropsPerKeep + m_dropFrames;
+    if (dropsPerKeep == 0 || framesPerDrop == 0 || framesPerKeep == 0) return;
+    m_dropsPerKeep = dropsPerKeep;
+    m_framesPerDrop = framesPerDrop;
+    m_framesPerKeep = framesPerKeep;
+}
 
-    const auto numbersPerDrop = std::int64_t{m_fps} * m_dropInterval;
-    const bool canDrop =
-        m_dropFrames > 0 && m_dropFrames < numbersPerDrop && m_keepInterval >= m_dropInterval;
-    if (canDrop) {
-        m_framesPerDrop = numbersPerDrop - m_dropFrames;
-        m_framesPerKeep = m_framesPerDrop * (m_keepInterval / m_dropInterval) + m_dropFrames;
-    }
+constinit const KSTimecodeMode KSTimecodeMode::k30FPS_DropFrame(30, 2, 60, 600);
+constinit const KSTimecodeMode KSTimecodeMode::k30FPS_NonDropFrame(30, 0, 0, 0);
+
+KSTimecodeMode::KSTimecodeMode(const char* name, int fps, int dropFrames, int dropInterval, int keepInterval)
+    : KSTimecodeMode(fps, dropFrames, dropInterval, keepInterval) {
+    m_name.set(name);
+    if (m_name.empty()) m_name.set((std::to_string(fps) + " FPS" + (isDropFrame() ? "-DF" : "")).c_str());
+}
+
+const KSString& KSTimecodeMode::getName() const noexcept {
+    static const KSString& nameOfTheConstants = *new KSString(Nm30ND);
+    return m_name.empty() ? nameOfTheConstants : m_name;
 }
 
 void KSTimecodeMode::getDropInfo(int* dropFrames, int* dropInterval, int* keepInterval) const noexcept {

@@ -11,8 +11,9 @@
 ///
 /// Rule       in a drop-frame mode, dropFrames frame numbers (not frames) are skipped every dropInterval
 ///            seconds, except every keepInterval seconds: 2, 60 and 600 for the usual 30 frames a second.
-///            A rule that cannot be (an interval below 1, a keep interval below the drop interval, a
-///            negative number of frames or as many as the interval has) drops nothing.
+///            With an interval of 0, a keep interval below the drop interval, or as many skipped numbers as
+///            there are frames, the rule would divide by nothing: such a mode counts as one that does not
+///            drop. Any other rule, however odd (negative numbers, say), is taken as its formulas have it.
 /// Registry   one ordered list for the process, with four built-in modes from the start. It owns its modes;
 ///            one from refTimecodeMode() is valid until its name is defined again.
 /// Threads    modes are plain values. The registry has no lock: define modes during start-up, on one
@@ -39,9 +40,9 @@ public:
     /// dropFrames, "30 FPS-DF", with the fps as given.
     KSTimecodeMode(const char* name, int fps, int dropFrames, int dropInterval, int keepInterval);
 
-    const KSString& getName() const noexcept { return m_name; }
+    const KSString& getName() const noexcept;
     int getFps() const noexcept { return m_fps; }  ///< frames a second, 1 or more
-    /// True when dropFrames is not 0, even for a rule that cannot be.
+    /// True when dropFrames is not 0, even for a rule that would divide by nothing.
     bool isDropFrame() const noexcept { return m_dropFrames != 0; }
     /// Writes the rule through those pointers that are not null; the intervals are in seconds.
     void getDropInfo(int* dropFrames, int* dropInterval, int* keepInterval) const noexcept;
@@ -62,13 +63,15 @@ public:
 
 private:
     friend class KSTimecode;
+    constexpr KSTimecodeMode(int fps, int dropFrames, int dropInterval, int keepInterval) noexcept;
 
-    KSString m_name;
+    KSString m_name;  ///< null for the two constants, which are there before anything is initialised
     int m_fps;
     int m_dropFrames;
     int m_dropInterval;
     int m_keepInterval;
-    // What follows from the rule, in frames; 0 when nothing is dropped.
-    std::int64_t m_framesPerDrop = 0;  ///< from one drop point to the next
-    std::int64_t m_framesPerKeep = 0;  ///< from one kept drop point to the next
+    // What follows from the rule; 0 when nothing is dropped.
+    std::int64_t m_dropsPerKeep = 0;   ///< drop intervals in a keep interval
+    std::int64_t m_framesPerDrop = 0;  ///< frames from one drop point to the next
+    std::int64_t m_framesPerKeep = 0;  ///< frames from one kept drop point to the next
 };

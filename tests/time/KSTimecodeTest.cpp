@@ -212,7 +212,7 @@ TEST(KSTimecode, EveryFrameOfADay) {
     }
 }
 
-TEST(KSTimecode, RulesThatCannotBeDropNothing) {
+TEST(KSTimecode, RulesThatDivideByNothingDropNothing) {
     const struct {
         const char* name;
         int drop, interval, keep;
@@ -220,18 +220,47 @@ TEST(KSTimecode, RulesThatCannotBeDropNothing) {
                 {"both intervals 0", 2, 0, 0},
                 {"keep below drop", 2, 60, 59},
                 {"keep 0", 2, 60, 0},
-                {"negative interval", 2, -60, 600},
-                {"both intervals negative", 2, -600, -60},
-                {"negative frames", -2, 60, 600},
+                {"keep below drop, both negative", 2, -60, -600},
+                {"no drop interval fits the keep interval", 2, -600, -60},
                 {"as many numbers as the interval has", 1800, 60, 600},
-                {"more than the interval has", 2000, 60, 600},
-                {"extremes", intMin, intMin, intMin}};
+                {"a keep interval of no frames", 2000, 60, 600}};
     for (const auto& row : rows) {
         const KSTimecodeMode mode("", 30, row.drop, row.interval, row.keep);
         EXPECT_TRUE(mode.isDropFrame()) << row.name;
         EXPECT_EQ(format(18000, mode), "00:10:00:00") << row.name;
         EXPECT_EQ(parse("00:10:00;00", mode), 18000) << row.name;
         EXPECT_EQ(KSTimecode::getDroppedFrames(18000, mode), 0) << row.name;
+    }
+}
+
+TEST(KSTimecode, OddRulesFollowTheFormulas) {
+    const struct {
+        const char* name;
+        int drop, interval, keep, frame, dropped;
+        const char* text;
+        int back;
+    } rows[] = {
+        // m = 1802, P = 18018: two numbers come a second time at each drop point.
+        {"negative frames, before a point", -2, 60, 600, 1799, 0, "00:00:59;29", 1799},
+        {"negative frames, at a point", -2, 60, 600, 1800, -2, "00:00:59;28", 1798},
+        {"negative frames, at a keep point", -2, 60, 600, 18018, -18, "00:10:00;00", 18018},
+        // m = 3800, P = 36000; a sign within a text is a separator when it is read.
+        {"the sum is negative", -2000, 60, 600, 1800, -2000, "00:00:-6;-20", 6},
+        // n = -10, m = -1802, P = 18022.
+        {"negative interval", 2, -60, 600, 1804, -2, "00:01:00;02", 1804},
+        {"negative interval, at a keep point", 2, -60, 600, 18022, -22, "00:10:00;00", 18018},
+        // n = 5, m = -200, P = 1000: all frames lie before the first drop point.
+        {"more than the interval has", 2000, 60, 300, 999, 0, "00:00:33;09", 999},
+        {"more than the interval has, at a keep point", 2000, 60, 300, 1000, 8000, "00:05:00;00", 1000},
+        // m = 800, P = 9000.
+        {"skips more than it leaves", 1000, 60, 600, 0, 0, "00:00:00;00", 0},
+        {"skips more than it leaves, later", 1000, 60, 600, 1800, 1000, "00:01:33;10", 1800},
+    };
+    for (const auto& row : rows) {
+        const KSTimecodeMode mode("", 30, row.drop, row.interval, row.keep);
+        EXPECT_EQ(KSTimecode::getDroppedFrames(row.frame, mode), row.dropped) << row.name;
+        EXPECT_EQ(format(row.frame, mode), row.text) << row.name;
+        EXPECT_EQ(parse(row.text, mode), row.back) << row.name;
     }
 }
 
@@ -254,7 +283,8 @@ TEST(KSTimecode, AnyRuleAndAnyFrameFit) {
                                   std::string_view::npos)
                             << text;
                         const int back = KSTimecode::getTimeIndex(text, length, mode);
-                        ASSERT_TRUE(frame == 0 ? back == 0 : (back < 0) == (frame < 0))
+                        const bool isOdd = drop < 0 || interval < 0 || drop >= 1LL * fps * interval;
+                        ASSERT_TRUE(isOdd || (frame == 0 ? back == 0 : (back < 0) == (frame < 0)))
                             << text << ' ' << frame;
                         KSTimecode::getDroppedFrames(frame, mode);
                     }
