@@ -12,6 +12,11 @@ constexpr CommandRow rows[] = {
      "matrix        0 0 0\n              0 1 0\n              0 0 1\ndeterminant   0\n"
      "inverse       none: the matrix is singular\n"
      "position      0 0\nrotation      0\nscale         0 1\nshear         0\n"},
+    {"RegularWithoutADecomposition", "", "--3d --matrix '1 0 0 0 0 1 0 0 0 0 0 1 0 0 1 0'", 0,
+     "matrix        1 0 0 0\n              0 1 0 0\n              0 0 0 1\n              0 0 1 0\n"
+     "determinant   -1\n"
+     "inverse       1 0 0 0\n              0 1 0 0\n              0 0 0 1\n              0 0 1 0\n"
+     "decomposition none: the last entry is 0\n"},
     {"SpaceReadsThePositionFromTheTranspose", "", "--3d --position 1,2,3 --scale 2", 0,
      "matrix        2 0 0 1\n              0 2 0 2\n              0 0 2 3\n              0 0 0 1\n"
      "determinant   8\n"

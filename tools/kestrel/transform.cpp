@@ -145,7 +145,8 @@ struct Space {
         if (!rows.getTransformation(&tx, &ty, &tz, nullptr, nullptr, nullptr, &sx, &sy, &sz, &xz, &yz) ||
             !m.getTransformation(nullptr, nullptr, nullptr, &rx, &ry, &rz, nullptr, nullptr, nullptr, nullptr,
                                  nullptr)) {
-            put("decomposition none: the matrix is singular\n");
+            put(m.m33 == 0 ? "decomposition none: the last entry is 0\n"
+                           : "decomposition none: the upper left 3x3 part is singular\n");
             return;
         }
         printRow("position", std::vector{tx, ty, tz});
