@@ -48,21 +48,6 @@ void KSMatrix33::print() const {
     KSPrint("[%f] [%f] [%f]\n", m20, m21, m22);
 }
 
-void KSMatrix33::setTransformation(double tx, double ty, double rotation, double sx, double sy, double shearX,
-                                   double shearY, double px, double py, double aspect) {
-    const auto [c, s] = Rotation(rotation);
-    const double kx = guardedTangent(shearX), ky = guardedTangent(shearY);
-    m00 = (c - s * ky) * sx;
-    m01 = (c * kx - s) * sy;
-    if (aspect != 1) m01 /= aspect;
-    m02 = tx - px * m00 - py * m01;
-    m10 = aspect * (c * ky + s) * sx;
-    m11 = (c + s * kx) * sy;
-    m12 = ty - px * m10 - py * m11;
-    m20 = m21 = 0;
-    m22 = 1;
-}
-
 void KSMatrix33::setInvTransformation(double tx, double ty, double rotation, double sx, double sy,
                                       double shearX, double shearY, double px, double py, double aspect) {
     const auto [c, s] = Rotation(rotation);

@@ -4,6 +4,8 @@
 #include <kestrel/geometry/KSVector2.h>
 #include <kestrel/geometry/KSVector3.h>
 #include <kestrel/geometry/detail/Arithmetic.h>
+#include <kestrel/geometry/detail/GuardedTangent.h>
+#include <kestrel/geometry/detail/Rotation.h>
 #include <kestrel/platform/Export.h>
 
 #include <span>
@@ -165,4 +167,19 @@ constexpr KSMatrix33 KSMatrix33::operator*(const KSMatrix33& b) const noexcept {
                       m20 * b.m00 + m21 * b.m10 + m22 * b.m20,  //
                       m20 * b.m01 + m21 * b.m11 + m22 * b.m21,  //
                       m20 * b.m02 + m21 * b.m12 + m22 * b.m22);
+}
+
+inline void KSMatrix33::setTransformation(double tx, double ty, double rotation, double sx, double sy,
+                                          double shearX, double shearY, double px, double py, double aspect) {
+    const auto [c, s] = kestrel::detail::Rotation(rotation);
+    const double kx = kestrel::detail::guardedTangent(shearX), ky = kestrel::detail::guardedTangent(shearY);
+    m00 = (c - s * ky) * sx;
+    m01 = (c * kx - s) * sy;
+    if (aspect != 1) m01 /= aspect;
+    m02 = tx - px * m00 - py * m01;
+    m10 = aspect * (c * ky + s) * sx;
+    m11 = (c + s * kx) * sy;
+    m12 = ty - px * m10 - py * m11;
+    m20 = m21 = 0;
+    m22 = 1;
 }

@@ -137,33 +137,6 @@ void KSMatrix44::print() const {
     KSPrint("[%f] [%f] [%f] [%f]\n", m30, m31, m32, m33);
 }
 
-void KSMatrix44::setTransformation(double tx, double ty, double tz, double rx, double ry, double rz,
-                                   double sx, double sy, double sz, double shearX, double shearY, double px,
-                                   double py, double pz, double aspect) {
-    const auto [cX, sX] = Rotation(rx);
-    const auto [cY, sY] = Rotation(ry);
-    const auto [cZ, sZ] = Rotation(rz);
-    const double r00 = cY * cZ, r01 = sX * sY * cZ - cX * sZ, r02 = cX * sY * cZ + sX * sZ;
-    const double r10 = cY * sZ, r11 = sX * sY * sZ + cX * cZ, r12 = cX * sY * sZ - sX * cZ;
-    const double r20 = -sY, r21 = sX * cY, r22 = cX * cY;
-    const double kx = guardedTangent(shearX), ky = guardedTangent(shearY);
-    m00 = (r00 + ky * r01) * sx;
-    m01 = (kx * r00 + r01) * sy;
-    if (aspect != 1) m01 /= aspect;
-    m02 = r02 * sz;
-    m10 = (r10 + ky * r11) * sx * aspect;
-    m11 = (kx * r10 + r11) * sy;
-    m12 = r12 * sz;
-    m20 = (r20 + ky * r21) * sx;
-    m21 = (kx * r20 + r21) * sy;
-    m22 = r22 * sz;
-    m03 = tx - px * m00 - py * m01 - pz * m02;
-    m13 = ty - px * m10 - py * m11 - pz * m12;
-    m23 = tz - px * m20 - py * m21 - pz * m22;
-    m30 = m31 = m32 = 0;
-    m33 = 1;
-}
-
 void KSMatrix44::setInvTransformation(double tx, double ty, double tz, double rx, double ry, double rz,
                                       double sx, double sy, double sz, double shearX, double shearY,
                                       double px, double py, double pz, double aspect) {

@@ -5,7 +5,9 @@
 #include <kestrel/geometry/KSVector3.h>
 #include <kestrel/geometry/KSVector4.h>
 #include <kestrel/geometry/detail/Arithmetic.h>
+#include <kestrel/geometry/detail/GuardedTangent.h>
 #include <kestrel/geometry/detail/Pair.h>
+#include <kestrel/geometry/detail/Rotation.h>
 #include <kestrel/platform/Export.h>
 
 #include <span>
@@ -69,7 +71,8 @@ public:
         *this = KSMatrix44(m00, m10, m20, m30, m01, m11, m21, m31, m02, m12, m22, m32, m03, m13, m23, m33);
     }
 
-    constexpr double determinant() const noexcept { return Minors(*this).determinant(); }
+    /// By the cofactors of the first row.
+    constexpr double determinant() const noexcept;
     /// Every cofactor, transposed, divided by the determinant. False, and nothing changes, if the determinant
     /// is exactly 0; there is no tolerance.
     constexpr bool invert() noexcept;
@@ -189,52 +192,86 @@ public:
                            double* sy, double* sz, double* shearXZ, double* shearYZ) const;
 
 private:
+    /// A row by its columns: 0 and 1, 2 and 3, and each of them twice.
     template <class Pair>
-    constexpr bool invertBy() noexcept;
+    struct Row {
+        Pair low, high, all0, all1, all2, all3;
+        constexpr Row(double a0, double a1, double a2, double a3) noexcept
+            : low(a0, a1),
+              high(a2, a3),
+              all0(firsts(low, low)),
+              all1(seconds(low, low)),
+              all2(firsts(high, high)),
+              all3(seconds(high, high)) {}
+    };
 
-    /// The 2x2 minors of the upper two rows (s) and of the lower two (c), by their columns.
+    /// The 2x2 minors of two rows by their columns, in the pairs that cofactors want.
+    template <class Pair>
     struct Minors {
-        double s01, s02, s03, s12, s13, s23, c01, c02, c03, c12, c13, c23;
-        constexpr explicit Minors(const KSMatrix44& m) noexcept
-            : s01(m.m00 * m.m11 - m.m01 * m.m10),
-              s02(m.m00 * m.m12 - m.m02 * m.m10),
-              s03(m.m00 * m.m13 - m.m03 * m.m10),
-              s12(m.m01 * m.m12 - m.m02 * m.m11),
-              s13(m.m01 * m.m13 - m.m03 * m.m11),
-              s23(m.m02 * m.m13 - m.m03 * m.m12),
-              c01(m.m20 * m.m31 - m.m21 * m.m30),
-              c02(m.m20 * m.m32 - m.m22 * m.m30),
-              c03(m.m20 * m.m33 - m.m23 * m.m30),
-              c12(m.m21 * m.m32 - m.m22 * m.m31),
-              c13(m.m21 * m.m33 - m.m23 * m.m31),
-              c23(m.m22 * m.m33 - m.m23 * m.m32) {}
-        constexpr double determinant() const noexcept {
-            return s01 * c23 - s02 * c13 + s03 * c12 + s12 * c03 - s13 * c02 + s23 * c01;
+        Pair n02n12, n03n13, n02n03, n12n13, n01, n23;
+        constexpr Minors(const Row<Pair>& p, const Row<Pair>& q) noexcept
+            : Minors(p.low * q.all2 - p.all2 * q.low, p.low * q.all3 - p.all3 * q.low,
+                     firsts(p.low, p.high) * seconds(q.low, q.high) -
+                         seconds(p.low, p.high) * firsts(q.low, q.high)) {}
+
+    private:
+        constexpr Minors(const Pair& with2, const Pair& with3, const Pair& n01n23) noexcept
+            : n02n12(with2),
+              n03n13(with3),
+              n02n03(firsts(with2, with3)),
+              n12n13(seconds(with2, with3)),
+              n01(firsts(n01n23, n01n23)),
+              n23(seconds(n01n23, n01n23)) {}
+    };
+
+    /// The 3x3 minors of a row and two more by the column left out: what cofactors are but for the sign.
+    template <class Pair>
+    struct Cofactors {
+        Pair k1k0, k3k2;
+        constexpr Cofactors(const Row<Pair>& r, const Minors<Pair>& m) noexcept
+            : k1k0(r.low * m.n23 - r.all2 * m.n03n13 + r.all3 * m.n02n12),
+              k3k2(r.all0 * m.n12n13 - r.all1 * m.n02n03 + r.high * m.n01) {}
+        /// Of the matrix whose first row, r, is missing here.
+        constexpr double determinant(const Row<Pair>& r) const noexcept {
+            const Pair halves =
+                firsts(r.low, r.high) * seconds(k1k0, k3k2) - seconds(r.low, r.high) * firsts(k1k0, k3k2);
+            return halves.first() + halves.second();
         }
     };
+
+    template <class Pair>
+    constexpr double determinantBy() const noexcept;
+    template <class Pair>
+    constexpr bool invertBy() noexcept;
+    template <class Pair>
+    constexpr KSMatrix44 timesBy(const KSMatrix44& b) const noexcept;
 };
 
 template <class Pair>
+constexpr double KSMatrix44::determinantBy() const noexcept {
+    const Row<Pair> r0(m00, m01, m02, m03), r1(m10, m11, m12, m13);
+    const Row<Pair> r2(m20, m21, m22, m23), r3(m30, m31, m32, m33);
+    return Cofactors<Pair>(r1, Minors<Pair>(r2, r3)).determinant(r0);
+}
+
+constexpr double KSMatrix44::determinant() const noexcept {
+    return std::is_constant_evaluated() ? determinantBy<kestrel::detail::PlainPair>()
+                                        : determinantBy<kestrel::detail::VectorPair>();
+}
+
+template <class Pair>
 constexpr bool KSMatrix44::invertBy() noexcept {
-    // One column each: rows 1 and 0, rows 3 and 2, rows 0 and 2, rows 1 and 3.
-    const Pair a0(m10, m00), a1(m11, m01), a2(m12, m02), a3(m13, m03);
-    const Pair b0(m30, m20), b1(m31, m21), b2(m32, m22), b3(m33, m23);
-    const Pair p0(m00, m20), p1(m01, m21), p2(m02, m22), p3(m03, m23);
-    const Pair q0(m10, m30), q1(m11, m31), q2(m12, m32), q3(m13, m33);
-    // The 2x2 minors by their columns: first those of rows 0 and 1 (s), then those of rows 2 and 3 (c).
-    const Pair n01 = p0 * q1 - p1 * q0, n02 = p0 * q2 - p2 * q0, n03 = p0 * q3 - p3 * q0;
-    const Pair n12 = p1 * q2 - p2 * q1, n13 = p1 * q3 - p3 * q1, n23 = p2 * q3 - p3 * q2;
-    const auto s = [](const Pair& n) { return Pair(n.first(), n.first()); };
-    const auto c = [](const Pair& n) { return Pair(n.second(), n.second()); };
-    const Pair s01 = s(n01), s02 = s(n02), s03 = s(n03), s12 = s(n12), s13 = s(n13), s23 = s(n23);
-    const Pair c01 = c(n01), c02 = c(n02), c03 = c(n03), c12 = c(n12), c13 = c(n13), c23 = c(n23);
-    const double det = (s01 * c23 - s02 * c13 + s03 * c12 + s12 * c03 - s13 * c02 + s23 * c01).first();
+    const Row<Pair> r0(m00, m01, m02, m03), r1(m10, m11, m12, m13);
+    const Row<Pair> r2(m20, m21, m22, m23), r3(m30, m31, m32, m33);
+    const Minors<Pair> lower(r2, r3), upper(r0, r1);
+    const Cofactors<Pair> c0(r1, lower), c1(r0, lower), c2(r3, upper), c3(r2, upper);
+    const double det = c0.determinant(r0);
     if (det == 0) return false;
     const Pair even(det, -det), odd(-det, det);  // with the signs of the cofactors
-    const Pair i00 = (a1 * c23 - a2 * c13 + a3 * c12) / even, i02 = (b1 * s23 - b2 * s13 + b3 * s12) / even;
-    const Pair i10 = (a0 * c23 - a2 * c03 + a3 * c02) / odd, i12 = (b0 * s23 - b2 * s03 + b3 * s02) / odd;
-    const Pair i20 = (a0 * c13 - a1 * c03 + a3 * c01) / even, i22 = (b0 * s13 - b1 * s03 + b3 * s01) / even;
-    const Pair i30 = (a0 * c12 - a1 * c02 + a2 * c01) / odd, i32 = (b0 * s12 - b1 * s02 + b2 * s01) / odd;
+    const Pair i00 = seconds(c0.k1k0, c1.k1k0) / even, i02 = seconds(c2.k1k0, c3.k1k0) / even;
+    const Pair i10 = firsts(c0.k1k0, c1.k1k0) / odd, i12 = firsts(c2.k1k0, c3.k1k0) / odd;
+    const Pair i20 = seconds(c0.k3k2, c1.k3k2) / even, i22 = seconds(c2.k3k2, c3.k3k2) / even;
+    const Pair i30 = firsts(c0.k3k2, c1.k3k2) / odd, i32 = firsts(c2.k3k2, c3.k3k2) / odd;
     *this = KSMatrix44(i00.first(), i00.second(), i02.first(), i02.second(),  //
                        i10.first(), i10.second(), i12.first(), i12.second(),  //
                        i20.first(), i20.second(), i22.first(), i22.second(),  //
@@ -247,21 +284,54 @@ constexpr bool KSMatrix44::invert() noexcept {
                                         : invertBy<kestrel::detail::VectorPair>();
 }
 
+template <class Pair>
+constexpr KSMatrix44 KSMatrix44::timesBy(const KSMatrix44& b) const noexcept {
+    const Pair low0(b.m00, b.m01), low1(b.m10, b.m11), low2(b.m20, b.m21), low3(b.m30, b.m31);
+    const Pair high0(b.m02, b.m03), high1(b.m12, b.m13), high2(b.m22, b.m23), high3(b.m32, b.m33);
+    struct Halves {
+        Pair low, high;
+    };
+    const auto row = [&](double a0, double a1, double a2, double a3) {
+        const Pair x(a0, a0), y(a1, a1), z(a2, a2), w(a3, a3);
+        return Halves{x * low0 + y * low1 + z * low2 + w * low3,
+                      x * high0 + y * high1 + z * high2 + w * high3};
+    };
+    const Halves r0 = row(m00, m01, m02, m03), r1 = row(m10, m11, m12, m13);
+    const Halves r2 = row(m20, m21, m22, m23), r3 = row(m30, m31, m32, m33);
+    return {r0.low.first(), r0.low.second(), r0.high.first(), r0.high.second(),  //
+            r1.low.first(), r1.low.second(), r1.high.first(), r1.high.second(),  //
+            r2.low.first(), r2.low.second(), r2.high.first(), r2.high.second(),  //
+            r3.low.first(), r3.low.second(), r3.high.first(), r3.high.second()};
+}
+
 constexpr KSMatrix44 KSMatrix44::operator*(const KSMatrix44& b) const noexcept {
-    return KSMatrix44(m00 * b.m00 + m01 * b.m10 + m02 * b.m20 + m03 * b.m30,  //
-                      m00 * b.m01 + m01 * b.m11 + m02 * b.m21 + m03 * b.m31,  //
-                      m00 * b.m02 + m01 * b.m12 + m02 * b.m22 + m03 * b.m32,  //
-                      m00 * b.m03 + m01 * b.m13 + m02 * b.m23 + m03 * b.m33,  //
-                      m10 * b.m00 + m11 * b.m10 + m12 * b.m20 + m13 * b.m30,  //
-                      m10 * b.m01 + m11 * b.m11 + m12 * b.m21 + m13 * b.m31,  //
-                      m10 * b.m02 + m11 * b.m12 + m12 * b.m22 + m13 * b.m32,  //
-                      m10 * b.m03 + m11 * b.m13 + m12 * b.m23 + m13 * b.m33,  //
-                      m20 * b.m00 + m21 * b.m10 + m22 * b.m20 + m23 * b.m30,  //
-                      m20 * b.m01 + m21 * b.m11 + m22 * b.m21 + m23 * b.m31,  //
-                      m20 * b.m02 + m21 * b.m12 + m22 * b.m22 + m23 * b.m32,  //
-                      m20 * b.m03 + m21 * b.m13 + m22 * b.m23 + m23 * b.m33,  //
-                      m30 * b.m00 + m31 * b.m10 + m32 * b.m20 + m33 * b.m30,  //
-                      m30 * b.m01 + m31 * b.m11 + m32 * b.m21 + m33 * b.m31,  //
-                      m30 * b.m02 + m31 * b.m12 + m32 * b.m22 + m33 * b.m32,  //
-                      m30 * b.m03 + m31 * b.m13 + m32 * b.m23 + m33 * b.m33);
+    return std::is_constant_evaluated() ? timesBy<kestrel::detail::PlainPair>(b)
+                                        : timesBy<kestrel::detail::VectorPair>(b);
+}
+
+inline void KSMatrix44::setTransformation(double tx, double ty, double tz, double rx, double ry, double rz,
+                                          double sx, double sy, double sz, double shearX, double shearY,
+                                          double px, double py, double pz, double aspect) {
+    const auto [cX, sX] = kestrel::detail::Rotation(rx);
+    const auto [cY, sY] = kestrel::detail::Rotation(ry);
+    const auto [cZ, sZ] = kestrel::detail::Rotation(rz);
+    const double r00 = cY * cZ, r01 = sX * sY * cZ - cX * sZ, r02 = cX * sY * cZ + sX * sZ;
+    const double r10 = cY * sZ, r11 = sX * sY * sZ + cX * cZ, r12 = cX * sY * sZ - sX * cZ;
+    const double r20 = -sY, r21 = sX * cY, r22 = cX * cY;
+    const double kx = kestrel::detail::guardedTangent(shearX), ky = kestrel::detail::guardedTangent(shearY);
+    m00 = (r00 + ky * r01) * sx;
+    m01 = (kx * r00 + r01) * sy;
+    if (aspect != 1) m01 /= aspect;
+    m02 = r02 * sz;
+    m10 = (r10 + ky * r11) * sx * aspect;
+    m11 = (kx * r10 + r11) * sy;
+    m12 = r12 * sz;
+    m20 = (r20 + ky * r21) * sx;
+    m21 = (kx * r20 + r21) * sy;
+    m22 = r22 * sz;
+    m03 = tx - px * m00 - py * m01 - pz * m02;
+    m13 = ty - px * m10 - py * m11 - pz * m12;
+    m23 = tz - px * m20 - py * m21 - pz * m22;
+    m30 = m31 = m32 = 0;
+    m33 = 1;
 }

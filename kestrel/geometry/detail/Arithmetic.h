@@ -1,33 +1,22 @@
 // kestrel/geometry/detail/Arithmetic.h - the few rounding rules that the geometry classes share.
+//
+// Every product is rounded before anything is added to it. A compiler that fused the two (the default of some, once
+// the processor can) would give the inline functions other bits than the library's own code gives, and an inverse to
+// a singular matrix. Therefore whoever links Kestrel::kestrel is compiled with -ffp-contract=off.
 #pragma once
 
 #include <limits>
 
 namespace kestrel::detail {
 
-/// a * b, rounded before anything is added to it. A caller's compiler that fuses a multiply and an add
-/// (the default of some, once the processor can) would otherwise give inline functions other bits than the
-/// library's own vector code gives. T is double, or a vector of doubles.
-template <class T>
-constexpr T product(T a, T b) noexcept {
-#if defined(__clang__)
-#pragma clang fp contract(off)
-    return a * b;
-#else
-    return __builtin_assoc_barrier(a * b);
-#endif
-}
-
 /// Sums of products, from left to right.
-constexpr double dot(double a, double b, double x, double y) noexcept {
-    return product(a, x) + product(b, y);
-}
+constexpr double dot(double a, double b, double x, double y) noexcept { return a * x + b * y; }
 constexpr double dot(double a, double b, double c, double x, double y, double z) noexcept {
-    return dot(a, b, x, y) + product(c, z);
+    return dot(a, b, x, y) + c * z;
 }
 constexpr double dot(double a, double b, double c, double d, double x, double y, double z,
                      double w) noexcept {
-    return dot(a, b, c, x, y, z) + product(d, w);
+    return dot(a, b, c, x, y, z) + d * w;
 }
 
 /// Entries of a matrix count as equal when they differ by less than this.

@@ -1,10 +1,12 @@
 // kestrel/geometry/detail/GuardedTangent.h - the tangent that shears use.
 #pragma once
 
+#include <kestrel/platform/Export.h>
+
 namespace kestrel::detail {
 
 /// guardedTangent of an angle that is not 0.
-double guardedTangentOf(double angle);
+KESTREL_API double guardedTangentOf(double angle);
 
 /// The tangent of an angle in radians, finite even at a right angle.
 ///

@@ -1,8 +1,6 @@
 // kestrel/geometry/detail/Pair.h - two doubles that go through the same arithmetic side by side.
 #pragma once
 
-#include <kestrel/geometry/detail/Arithmetic.h>
-
 namespace kestrel::detail {
 
 /// The plain form, for constant expressions.
@@ -20,11 +18,14 @@ public:
         return {a.m_first - b.m_first, a.m_second - b.m_second};
     }
     friend constexpr PlainPair operator*(PlainPair a, PlainPair b) noexcept {
-        return {product(a.m_first, b.m_first), product(a.m_second, b.m_second)};
+        return {a.m_first * b.m_first, a.m_second * b.m_second};
     }
     friend constexpr PlainPair operator/(PlainPair a, PlainPair b) noexcept {
         return {a.m_first / b.m_first, a.m_second / b.m_second};
     }
+
+    friend constexpr PlainPair firsts(PlainPair a, PlainPair b) noexcept { return {a.m_first, b.m_first}; }
+    friend constexpr PlainPair seconds(PlainPair a, PlainPair b) noexcept { return {a.m_second, b.m_second}; }
 
 private:
     double m_first, m_second;
@@ -40,8 +41,15 @@ public:
 
     friend VectorPair operator+(VectorPair a, VectorPair b) noexcept { return a.m_both + b.m_both; }
     friend VectorPair operator-(VectorPair a, VectorPair b) noexcept { return a.m_both - b.m_both; }
-    friend VectorPair operator*(VectorPair a, VectorPair b) noexcept { return product(a.m_both, b.m_both); }
+    friend VectorPair operator*(VectorPair a, VectorPair b) noexcept { return a.m_both * b.m_both; }
     friend VectorPair operator/(VectorPair a, VectorPair b) noexcept { return a.m_both / b.m_both; }
+
+    friend VectorPair firsts(VectorPair a, VectorPair b) noexcept {
+        return __builtin_shufflevector(a.m_both, b.m_both, 0, 2);
+    }
+    friend VectorPair seconds(VectorPair a, VectorPair b) noexcept {
+        return __builtin_shufflevector(a.m_both, b.m_both, 1, 3);
+    }
 
 private:
     using Both = double __attribute__((vector_size(16)));
