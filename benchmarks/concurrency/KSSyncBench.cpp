@@ -1,5 +1,8 @@
 // Mutex, semaphore, condition variable, barrier and thread, each beside the POSIX calls beneath and the
-// standard library.
+// standard library. What two threads do is pinned: to one processor, where only the work counts, or to two,
+// where waking the other one counts as well.
+#include "../Pinned.h"
+
 #include <kestrel/concurrency/KSBarrier.h>
 #include <kestrel/concurrency/KSConditionVariable.h>
 #include <kestrel/concurrency/KSMutex.h>
@@ -8,7 +11,6 @@
 
 #include <benchmark/benchmark.h>
 #include <pthread.h>
-#include <sched.h>
 #include <semaphore.h>
 
 #include <atomic>
@@ -77,13 +79,6 @@ struct PosixBarrier {
     pthread_barrier_t barrier;
 };
 
-void runOn(int cpu) {
-    cpu_set_t set;
-    CPU_ZERO(&set);
-    CPU_SET(static_cast<std::size_t>(cpu), &set);
-    pthread_setaffinity_np(pthread_self(), sizeof set, &set);
-}
-
 template <class Mutex>
 void lockAndUnlock(benchmark::State& state) {
     Mutex mutex;
@@ -131,18 +126,19 @@ void conditionRoundTrip(benchmark::State& state) {
             }
         }
     };
-    static long end;
+    static long end, processors;
     end = 2 * static_cast<long>(state.max_iterations);
+    processors = state.range(0);
     pthread_t other;
     pthread_create(
         &other, nullptr,
         [](void*) -> void* {
-            runOn(1);
+            const Pinned pinned(processors - 1);
             Player::play(1, end);
             return nullptr;
         },
         nullptr);
-    runOn(0);
+    const Pinned pinned(0);
     long mine = 0;
     for (auto _ : state) {
         mutex.lock();
@@ -155,14 +151,14 @@ void conditionRoundTrip(benchmark::State& state) {
     pthread_join(other, nullptr);
     if (turn != end) state.SkipWithError("lost a turn");
 }
-BENCHMARK(conditionRoundTrip<KSMutex, KSConditionVariable>)->UseRealTime();
-BENCHMARK(conditionRoundTrip<PosixMutex, PosixCondition>)->UseRealTime();
+BENCHMARK(conditionRoundTrip<KSMutex, KSConditionVariable>)->ArgName("cpus")->Arg(1)->Arg(2)->UseRealTime();
+BENCHMARK(conditionRoundTrip<PosixMutex, PosixCondition>)->ArgName("cpus")->Arg(1)->Arg(2)->UseRealTime();
 
 template <class Barrier>
 void meetAtBarrier(benchmark::State& state) {
     static Barrier& barrier = *new Barrier(2);
     static std::atomic<long> arrived;
-    runOn(state.thread_index());
+    const Pinned pinned(state.thread_index());
     if (state.thread_index() == 0) arrived = 0;
     for (auto _ : state) {
         arrived.fetch_add(1, std::memory_order_relaxed);
@@ -177,6 +173,7 @@ BENCHMARK(meetAtBarrier<StandardBarrier>)->Threads(2)->UseRealTime();
 
 void count(void* counter) { ++*static_cast<long*>(counter); }
 void startAndJoin(benchmark::State& state) {
+    const Pinned pinned(0);
     long ran = 0;
     for (auto _ : state) {
         KSThread thread(count, &ran);
@@ -185,6 +182,7 @@ void startAndJoin(benchmark::State& state) {
     if (ran != static_cast<long>(state.iterations())) state.SkipWithError("a thread did not run");
 }
 void startAndJoinPosix(benchmark::State& state) {
+    const Pinned pinned(0);
     long ran = 0;
     const auto run = [](void* counter) -> void* {
         count(counter);
@@ -198,6 +196,7 @@ void startAndJoinPosix(benchmark::State& state) {
     if (ran != static_cast<long>(state.iterations())) state.SkipWithError("a thread did not run");
 }
 void startAndJoinStandard(benchmark::State& state) {
+    const Pinned pinned(0);
     long ran = 0;
     for (auto _ : state) {
         std::thread thread(count, &ran);

@@ -1,4 +1,6 @@
 // TCP and UDP over loopback beside the plain system calls: each pair of rows does the same work.
+#include "../Pinned.h"
+
 #include <kestrel/net/KSTCPServer.h>
 #include <kestrel/net/KSTCPStream.h>
 #include <kestrel/net/KSUDPData.h>
@@ -47,6 +49,7 @@ void pingPong(benchmark::State& state, bool raw) {
     Connection connection;
     KSTCPStream& peer = *connection.accepted;
     std::thread other([&] {
+        const Pinned pinned(1);
         char byte;
         if (raw) {
             const int descriptor = Connection::descriptor(peer);
@@ -58,6 +61,7 @@ void pingPong(benchmark::State& state, bool raw) {
         }
     });
     const int descriptor = Connection::descriptor(connection.client);
+    const Pinned pinned(0);
     char byte = 'x';
     bool good = true;
     for (auto _ : state)
@@ -74,6 +78,7 @@ void bulk(benchmark::State& state, bool raw) {
     KSTCPStream& peer = *connection.accepted;
     constexpr std::size_t size = 65536;
     std::thread other([&] {
+        const Pinned pinned(1);
         std::vector<char> bytes(size);
         if (raw) {
             while (readAll(Connection::descriptor(peer), bytes.data(), size)) {
@@ -83,6 +88,7 @@ void bulk(benchmark::State& state, bool raw) {
             }
         }
     });
+    const Pinned pinned(0);
     const std::vector<char> bytes(size, 'x');
     const int descriptor = Connection::descriptor(connection.client);
     bool good = true;
@@ -97,6 +103,7 @@ void bulk(benchmark::State& state, bool raw) {
 
 /// One datagram sent and received on one thread.
 void datagram(benchmark::State& state, bool raw) {
+    const Pinned pinned(0);
     KSUDPData from;
     KSUDPData to;
     KSIPSocket address(loopback, 0);

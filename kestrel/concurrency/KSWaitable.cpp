@@ -39,7 +39,9 @@ public:
         m_entries = m_many.get();
     }
     bool isValid() const { return m_entries != nullptr; }
-    void add(int descriptor) { m_entries[m_count++] = {descriptor, POLLIN, 0}; }
+    void add(int descriptor) {
+        if (m_entries) m_entries[m_count++] = {descriptor, POLLIN, 0};
+    }
     bool isEmpty() const { return m_count == 0; }
     int poll(std::int64_t microseconds) { return pollDescriptors(m_entries, m_count, microseconds); }
 
@@ -53,19 +55,19 @@ private:
 }  // namespace
 
 void KSWaitable::wait(const std::vector<KSWaitable>& list) {
-    const auto last = std::find_if(list.rbegin(), list.rend(),
-                                   [](const KSWaitable& entry) { return entry.m_function != nullptr; });
-    if (last != list.rend()) return last->m_function(list);
-
     PollSet descriptors(list.size());
-    if (!descriptors.isValid()) return;
+    Function last = nullptr;
     KSTime deadline = never;
     for (const KSWaitable& entry : list) {
-        if (entry.m_descriptor >= 0)
+        if (entry.m_function)
+            last = entry.m_function;
+        else if (entry.m_descriptor >= 0)
             descriptors.add(entry.m_descriptor);
         else if (isBefore(entry.m_deadline, deadline))
             deadline = entry.m_deadline;
     }
+    if (last) return last(list);
+    if (!descriptors.isValid()) return;
 
     const bool isEndless = deadline == never;
     if (isEndless && descriptors.isEmpty()) return;

@@ -120,13 +120,14 @@ long sendDatagram(int descriptor, const void* bytes, std::size_t size, const End
 }
 
 long receiveDatagram(int descriptor, void* bytes, std::size_t size, Endpoint* from) {
+    if (!from) return retrying([&] { return ::recv(descriptor, bytes, size, MSG_WAITALL); });
     sockaddr_in system{};
     const long count = retrying([&] {
         socklen_t addressSize = sizeof system;
         return ::recvfrom(descriptor, bytes, size, MSG_WAITALL, reinterpret_cast<sockaddr*>(&system),
                           &addressSize);
     });
-    if (count >= 0 && from) *from = fromSystem(system);
+    if (count >= 0) *from = fromSystem(system);
     return count;
 }
 
