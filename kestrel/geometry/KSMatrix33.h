@@ -173,12 +173,15 @@ inline void KSMatrix33::setTransformation(double tx, double ty, double rotation,
                                           double shearX, double shearY, double px, double py, double aspect) {
     const auto [c, s] = kestrel::detail::Rotation(rotation);
     const double kx = kestrel::detail::guardedTangent(shearX), ky = kestrel::detail::guardedTangent(shearY);
-    m00 = (c - s * ky) * sx;
-    m01 = (c * kx - s) * sy;
+    // Rotation and shear. Without shear the products are zeros, which change nothing (0 - s is never -0).
+    double r00 = c, r01 = 0 - s, r10 = s, r11 = c;
+    if (kx != 0 || ky != 0) r00 = c - s * ky, r01 = c * kx - s, r10 = c * ky + s, r11 = c + s * kx;
+    m00 = r00 * sx;
+    m01 = r01 * sy;
     if (aspect != 1) m01 /= aspect;
     m02 = tx - px * m00 - py * m01;
-    m10 = aspect * (c * ky + s) * sx;
-    m11 = (c + s * kx) * sy;
+    m10 = aspect * r10 * sx;
+    m11 = r11 * sy;
     m12 = ty - px * m10 - py * m11;
     m20 = m21 = 0;
     m22 = 1;

@@ -94,6 +94,8 @@ const SegmentRow segmentRows[] = {
     {"StopShort", {0, 0}, {2, 0}, {3, -1}, {0, 2}, {}},
     {"SecondStopsShort", {0, 0}, {2, 0}, {1, 1}, {0, 2}, {}},
     {"CrossAtAShallowAngle", {0, 0}, {10, 0}, {0, -1}, {10, 2}, {{5, 0}}},
+    {"CrossAtASineJustAbove1In100", {0, 0}, {1, 0}, {0, -0.00505}, {1, 0.0101}, {{0.5, 0}}},
+    {"ASineJustBelow1In100IsParallel", {0, 0}, {1, 0}, {0, -0.00495}, {1, 0.0099}, {}},
     {"Parallel", {0, 0}, {2, 0}, {0, 1}, {2, 0}, {}},
     {"Overlap", {0, 0}, {2, 0}, {1, 0}, {2, 0}, {{1, 0}, {2, 0}}},
     {"OverlapBackwards", {0, 0}, {2, 0}, {3, 0}, {-2, 0}, {{1, 0}, {2, 0}}},

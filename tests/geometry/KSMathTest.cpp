@@ -29,6 +29,7 @@ constexpr TurnRow turnRows[] = {
     {"TheSecondIsTheFirst", 0, 0, 0, 0, 2, 1, true},
     {"NotANumberCountsAsCollinear", 0, 0, 1, 0, notANumber, 1, true},
     {"SinglePrecisionSeesNoTurn", 0, 0, 1e8f, 1e8f, 2e8f, 2e8f + 1, true},
+    {"SinglePrecisionRoundsTheProducts", 0, 0, 4096, 4097, 4097, 4098, true},
 };
 
 class KSMathTurn : public testing::TestWithParam<TurnRow> {};

@@ -193,6 +193,15 @@ TEST(KSMatrix44, LayerTransformIsItsProduct) {
     }
 }
 
+TEST(KSMatrix44, LayerTransformWithEverythingAtOnce) {  // against the product of its factors, taken elsewhere
+    const KSMatrix44 got(10, -20, 30, 0.5, -0.75, 1.25, 2, 0.5, 3, 0.25, 0.125, 4, -5, 6, 1.5);
+    const KSMatrix44 want(0.226244962002676, -0.292315397301583, 0.799030277359884, 2.839261501322080,    //
+                          2.070493030599924, 0.071948772401743, -2.156552320086432, -14.982914339872387,  //
+                          1.451434733710138, 0.262420640306807, 1.926352176158870, 13.948251209740263,    //
+                          0, 0, 0, 1);
+    expectNear(got, want, 1e-13, "composed");
+}
+
 TEST(KSMatrix44, InverseTransformKeepsItsOwnFormulas) {
     // No rotation, shear factors 1 / 2 and 1, so q = 2, with the scales 2, 4, 8 and an aspect of 3.
     KSMatrix44 m;
@@ -254,7 +263,13 @@ TEST(KSMatrix44, DecompositionAtTheEdges) {
     m.identity().scale(2, 3, -4);  // left-handed
     EXPECT_TRUE(decompose(m, v));
     EXPECT_TRUE(v[6] == -2 && v[7] == -3 && v[8] == -4);
+    m = KSMatrix44(0, 0, 0, 0.3, 0.4, 0.5, 1, 1, 1, 0, 0, 0, 0, 0, 1);
+    m.m20 = -m.m20, m.m21 = -m.m21, m.m22 = -m.m22;  // all rows turn round, so the third comes back
+    EXPECT_TRUE(decompose(m, v));
+    const double angles[] = {0.3, 0.4, 0.5 - pi};
+    for (int k = 0; k < 3; ++k) EXPECT_NEAR(v[3 + k], angles[k], 1e-12);
 
+    m.identity().scale(2, 3, -4);
     double sy = 0;
     EXPECT_TRUE(m.getTransformation(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &sy,
                                     nullptr, nullptr, nullptr));

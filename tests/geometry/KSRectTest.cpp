@@ -71,6 +71,7 @@ constexpr ClipRow clipRows[] = {
     {"Inside", {1, 1}, {19, 9}, true, {1, 1}, {19, 9}},
     {"LeftOfIt", {-5, 1}, {-1, 9}, false, {-5, 1}, {-1, 9}},
     {"AboveIt", {1, 11}, {19, 11}, false, {1, 11}, {19, 11}},
+    {"TouchingACorner", {-1, 9}, {1, 11}, true, {0, 10}, {0, 10}},
     {"PastACorner", {-3, 9}, {3, 15}, false, {-3, 9}, {3, 15}},
     {"ThroughBothSides", {-10, 5}, {30, 5}, true, {0, 5}, {20, 5}},
     {"DownThroughBoth", {5, 20}, {5, -20}, true, {5, 10}, {5, 0}},
@@ -167,6 +168,18 @@ TEST(KSRect, ClipSurvivesEveryInt) {
             ASSERT_LE(q.y, std::max(from.y, to.y));
         }
     }
-    KSVector2<float> p(std::nanf(""), 1), q(2, 3);
+}
+
+TEST(KSRect, FloatsAreClippedInDoubleAndStoredAsFloats) {
+    // The way from left to right, 16777217, is no float.
+    const KSRect<float> rect(0, 1, 16777216, 2);
+    KSVector2<float> p(-1, 0), q(16777216, 0.3f);
+    ASSERT_TRUE(rect.clipLine(&p, &q));
+    EXPECT_EQ(p, KSVector2<float>(0, static_cast<float>(double{0.3f} / 16777217)));
+    EXPECT_EQ(q, KSVector2<float>(16777216, 0.3f));
+    KSRect<float> a(0.1f, 0.7f, 0.5f, 0.5f);
+    EXPECT_TRUE(a.intersect({0.3f, 0.9f, 0.5f, 0.5f}));
+    EXPECT_EQ(a, KSRect<float>(0.3f, 0.7f, (0.1f + 0.5f) - 0.3f, 0.7f - (0.9f - 0.5f)));
+    p = {std::nanf(""), 1}, q = {2, 3};
     EXPECT_TRUE(KSRect<float>(0, 5, 5, 5).clipLine(&p, &q)) << "a NaN coordinate rejects nothing";
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <kestrel/geometry/KSMatrix33.h>
 #include <kestrel/geometry/KSMatrix44.h>
+#include <kestrel/geometry/detail/GuardedTangent.h>
 
 #include <cmath>
 #include <limits>
@@ -46,26 +47,94 @@ TYPED_TEST(MatrixIdentity, DeterminantsAndInversesEqualTheReference) {
     EXPECT_GT(inverted, 1000);
 }
 
-TEST(MatrixInverse, EveryEntryIsItsCofactorDividedByTheDeterminant) {
-    std::mt19937 random(5);
-    for (int i = 0; i < 2000; ++i) {
-        const auto m = randomMatrix<KSMatrix33>(random);
-        const double det = m.determinant();
-        const KSMatrix33 divided((m.m11 * m.m22 - m.m21 * m.m12) / det, (m.m02 * m.m21 - m.m01 * m.m22) / det,
-                                 (m.m01 * m.m12 - m.m02 * m.m11) / det, (m.m12 * m.m20 - m.m22 * m.m10) / det,
-                                 (m.m00 * m.m22 - m.m02 * m.m20) / det, (m.m02 * m.m10 - m.m00 * m.m12) / det,
-                                 (m.m21 * m.m10 - m.m11 * m.m20) / det, (m.m01 * m.m20 - m.m00 * m.m21) / det,
-                                 (m.m00 * m.m11 - m.m01 * m.m10) / det);
-        auto inverse = m;
-        ASSERT_TRUE(inverse.invert());
-        ASSERT_TRUE(sameBits(inverse, divided));
+namespace {
 
-        // A diagonal makes a cofactor that is easy to write down in space, too.
-        const KSMatrix44 diagonal(m.m00, 0, 0, 0, 0, m.m11, 0, 0, 0, 0, m.m22, 0, 0, 0, 0, 1);
-        auto reciprocals = diagonal;
-        ASSERT_TRUE(reciprocals.invert());
-        EXPECT_EQ(reciprocals.m00, m.m11 * m.m22 / diagonal.determinant());
-        EXPECT_EQ(reciprocals.m33, m.m00 * m.m11 * m.m22 / diagonal.determinant());
+using limits = std::numeric_limits<double>;
+const double oddValues[] = {
+    0, -0.0, 1, -1, 1e-160, 1e308, limits::denorm_min(), 3e-310, limits::infinity(), limits::quiet_NaN()};
+
+/// Random entries; in every other matrix some are zeros, denormal, huge or no numbers at all.
+template <class M>
+M anyMatrix(std::mt19937& random, int i) {
+    auto m = randomMatrix<M>(random);
+    for (int k = 0; i % 2 && k < order<M> * order<M>; ++k)
+        if (random() % 3 == 0) (&m.m00)[k] = oddValues[random() % (i % 4 == 1 ? 4 : std::size(oddValues))];
+    return m;
+}
+
+/// The determinant of m without a row and a column: KSMatrix33's formula, or by the row's neighbour and the 2x2 minors
+/// of the two other rows.
+template <class M>
+double minorOf(const M& matrix, int row, int column) {
+    constexpr int n = order<M>;
+    const auto at = [&](int i, int j) { return (&matrix.m00)[n * i + j]; };
+    const auto minor2 = [&](int p, int q, int a, int b) { return at(p, a) * at(q, b) - at(p, b) * at(q, a); };
+    int k[n - 1], found = 0;
+    for (int c = 0; c < n; ++c)
+        if (c != column) k[found++] = c;
+    if constexpr (n == 3) {
+        return minor2(row == 0 ? 1 : 0, row == 2 ? 1 : 2, k[0], k[1]);
+    } else {
+        const int near = row ^ 1, p = row < 2 ? 2 : 0;
+        return at(near, k[0]) * minor2(p, p + 1, k[1], k[2]) - at(near, k[1]) * minor2(p, p + 1, k[0], k[2]) +
+               at(near, k[2]) * minor2(p, p + 1, k[0], k[1]);
+    }
+}
+
+template <class M>
+double determinantOf(const M& m) {
+    if constexpr (order<M> == 3) {
+        return m.m00 * (m.m11 * m.m22 - m.m12 * m.m21) + m.m01 * (m.m12 * m.m20 - m.m22 * m.m10) +
+               m.m02 * (m.m21 * m.m10 - m.m11 * m.m20);
+    } else {
+        return (m.m00 * minorOf(m, 0, 0) - m.m01 * minorOf(m, 0, 1)) +
+               (m.m02 * minorOf(m, 0, 2) - m.m03 * minorOf(m, 0, 3));
+    }
+}
+
+}  // namespace
+
+TYPED_TEST(MatrixIdentity, TakesEveryFormulaToTheBit) {
+    constexpr int n = order<TypeParam>;
+    std::mt19937 random(5);
+    for (int i = 0; i < 20000; ++i) {
+        const auto a = anyMatrix<TypeParam>(random, i), b = anyMatrix<TypeParam>(random, i / 2), c = a * b;
+        const double det = determinantOf(a);
+        ASSERT_EQ(bitsOf(a.determinant()), bitsOf(det));
+        auto inverse = a;
+        ASSERT_EQ(inverse.invert(), det != 0);
+        for (int row = 0; row < n; ++row)
+            for (int column = 0; column < n; ++column) {
+                const int k = n * row + column;
+                double sum = (&a.m00)[n * row] * (&b.m00)[column];
+                for (int t = 1; t < n; ++t) sum += (&a.m00)[n * row + t] * (&b.m00)[n * t + column];
+                ASSERT_EQ(bitsOf((&c.m00)[k]), bitsOf(sum)) << row << ' ' << column;
+                const double sign = (row + column) % 2 ? -1 : 1;
+                const double entry = det != 0 ? minorOf(a, column, row) / (sign * det) : (&a.m00)[k];
+                ASSERT_EQ(bitsOf((&inverse.m00)[k] + 0.0), bitsOf(entry + 0.0)) << row << ' ' << column;
+            }
+    }
+}
+
+TEST(LayerTransform, TakesEveryFormulaToTheBit) {
+    std::mt19937 random(6);
+    std::uniform_real_distribution<double> u(-4, 4);
+    const auto value = [&](int i) {
+        return i % 2 && random() % 3 == 0 ? oddValues[random() % std::size(oddValues)] : u(random);
+    };
+    for (int i = 0; i < 20000; ++i) {
+        const double tx = value(i), ty = value(i), angle = value(i), sx = value(i), sy = value(i),
+                     px = value(i), py = value(i), aspect = i % 3 ? 1 : value(i);
+        const double ax = i % 4 ? 0 : u(random), ay = i % 5 ? 0 : u(random);
+        const double c = angle == 0 ? 1 : std::cos(angle), s = angle == 0 ? 0 : std::sin(angle);
+        const double kx = kestrel::detail::guardedTangent(ax), ky = kestrel::detail::guardedTangent(ay);
+        const double m00 = (c - s * ky) * sx, m01 = (c * kx - s) * sy / aspect;
+        const double m10 = aspect * (c * ky + s) * sx, m11 = (c + s * kx) * sy;
+        const double want[] = {m00, m01, tx - px * m00 - py * m01, m10, m11, ty - px * m10 - py * m11, 0,
+                               0,   1};
+        KSMatrix33 got;
+        got.setTransformation(tx, ty, angle, sx, sy, ax, ay, px, py, aspect);
+        for (int k = 0; k < 9; ++k) ASSERT_EQ(bitsOf((&got.m00)[k]), bitsOf(want[k])) << "entry " << k;
     }
 }
 
@@ -93,20 +162,11 @@ TYPED_TEST(MatrixIdentity, TransposesSwapEveryPair) {
 
 TYPED_TEST(MatrixIdentity, SingularExactlyWhereTheDeterminantIsZero) {
     std::mt19937 random(4);
-    const double odd[] = {0,
-                          -0.0,
-                          1,
-                          -1,
-                          1e-160,
-                          1e308,
-                          std::numeric_limits<double>::denorm_min(),
-                          std::numeric_limits<double>::infinity(),
-                          std::numeric_limits<double>::quiet_NaN()};
     int singular = 0;
     for (int i = 0; i < 20000; ++i) {
         TypeParam m;
         for (int k = 0; k < order<TypeParam> * order<TypeParam>; ++k)
-            (&m.m00)[k] = odd[random() % (i % 2 ? 4 : std::size(odd))];
+            (&m.m00)[k] = oddValues[random() % (i % 2 ? 4 : std::size(oddValues))];
         const TypeParam before = m;
         const bool zero = m.determinant() == 0;
         ASSERT_EQ(m.invert(), !zero);
