@@ -10,6 +10,8 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/KestrelConfigVersion.cmak
 install(FILES ${PROJECT_BINARY_DIR}/KestrelConfig.cmake ${PROJECT_BINARY_DIR}/KestrelConfigVersion.cmake
         DESTINATION ${package_dir})
 
+# kestrel.pc finds the installation from where it lies itself, wherever that is moved.
+file(RELATIVE_PATH pc_includedir "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_FULL_INCLUDEDIR}")
 # A program that links a static library links the library's own libraries, too.
 if(BUILD_SHARED_LIBS)
   set(pc_requires "Imath")
