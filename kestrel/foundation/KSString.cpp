@@ -42,15 +42,6 @@ CFStringRef fromMacRoman(const char* text) {
     return string;
 }
 
-/// What a copy of a string holds: the same object, or one of its own when the object is of the kind that its
-/// other holders may change.
-CFStringRef shared(CFStringRef string) {
-    if (!string) return nullptr;
-    if (string->isMutable()) return __CFString::make(string->getUnits());
-    string->retain();
-    return string;
-}
-
 CFStringRef fromUnits(const unsigned short* units) {
     if (!units) return nullptr;
     CFIndex count = 0;
@@ -80,9 +71,10 @@ CFBundleRef bundleNamed(const char* bundleId) {
 int order(CFStringRef left, CFStringRef right, Case letters, unsigned long position = 0,
           std::size_t count = std::numeric_limits<std::size_t>::max()) {
     if (!left || !right) return static_cast<int>(left != nullptr) - static_cast<int>(right != nullptr);
+    const char* locale = kestrel::detail::localeOfOrder();
     const ClampedRange part(position, count, left->getLength());
-    return kestrel::detail::compareLocalized(left->getUnits().subspan(part.position, part.count),
-                                             right->getUnits(), letters);
+    return kestrel::detail::compareIn(locale, left->getUnits().subspan(part.position, part.count),
+                                      right->getUnits(), letters);
 }
 
 CFRange rangeOf(unsigned long position, unsigned int count) {
@@ -97,12 +89,6 @@ CFRange rangeOf(unsigned long position, unsigned int count) {
 KSString::KSString(const char* text) : m_string(fromMacRoman(text)) {}
 
 KSString::KSString(const unsigned short* units) : m_string(fromUnits(units)) {}
-
-KSString::KSString(const KSString& other) : m_string(shared(other.m_string)) {}
-
-KSString::KSString(KSString&& other) noexcept : m_string(std::exchange(other.m_string, nullptr)) {}
-
-KSString::KSString(CFStringRef const& text) noexcept : m_string(text) { CFRetain(text); }
 
 KSString::KSString(const char* key, const char* bundleId) {
     if (key && bundleId) keep(localized(Temporary(fromMacRoman(key)).string, bundleNamed(bundleId)));
@@ -121,10 +107,6 @@ KSString::KSString(const char* key, CFBundleRef bundle) {
     if (key) keep(localized(Temporary(fromMacRoman(key)).string, bundle));
 }
 
-KSString::~KSString() {
-    if (m_string) m_string->release();
-}
-
 KSString& KSString::operator=(const KSString& other) { return set(other); }
 
 KSString& KSString::operator=(KSString&& other) noexcept {
@@ -136,7 +118,7 @@ KSString& KSString::operator=(KSString&& other) noexcept {
 void KSString::clear() noexcept { keep(nullptr); }
 
 KSString& KSString::set(const KSString& other) {
-    keep(shared(other.m_string));
+    keep(CFStringCreateCopy(kCFAllocatorDefault, other.m_string));
     return *this;
 }
 
@@ -181,9 +163,7 @@ KSString& KSString::setOSType(unsigned long code) {
 }
 
 /// Owns string, which is the caller's reference, instead of what was held.
-void KSString::keep(CFStringRef string) noexcept {
-    if (CFStringRef old = std::exchange(m_string, string)) old->release();
-}
+void KSString::keep(CFStringRef string) noexcept { CFRelease(std::exchange(m_string, string)); }
 
 /// The object to edit in place, with room for extra units: the held one when nobody else could hold it,
 /// else a new copy. Null, with everything as it was, without memory. Requires a string that is not null.

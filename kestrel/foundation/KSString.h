@@ -6,6 +6,7 @@
 #include <kestrel/platform/Export.h>
 
 #include <cstddef>
+#include <utility>
 
 namespace kestrel::detail {
 class StringAccess;
@@ -32,10 +33,12 @@ public:
     KSString(std::nullptr_t) noexcept : KSString() {}  ///< null
     KSString(const char* text);                        ///< Mac OS Roman; null for null
     KSString(const unsigned short* units);             ///< up to the first 0 unit; null for null
-    KSString(const KSString& other);                   ///< shares the text, O(1)
-    KSString(KSString&& other) noexcept;               ///< other becomes null
+    /// Shares the text, O(1): as a rule the cost of counting one more holder.
+    KSString(const KSString& other) : m_string(CFStringCreateCopy(kCFAllocatorDefault, other.m_string)) {}
+    /// Other becomes null.
+    KSString(KSString&& other) noexcept : m_string(std::exchange(other.m_string, nullptr)) {}
     /// Shares this very object; cf_str() gives it back.
-    KSString(CFStringRef const& text) noexcept;
+    KSString(CFStringRef const& text) noexcept : m_string(text) { CFRetain(text); }
 
     // Localised text: what the default string table of a bundle has for key in the user's locale, the key
     // itself when there is none (or no such bundle). A null argument makes a null string; a null bundle,
@@ -46,7 +49,7 @@ public:
     KSString(CFStringRef key, CFBundleRef bundle);
     KSString(const char* key, CFBundleRef bundle);
 
-    ~KSString();
+    ~KSString() { CFRelease(m_string); }
     KSString& operator=(const KSString& other);  ///< shares the text, O(1)
     KSString& operator=(KSString&& other) noexcept;
 

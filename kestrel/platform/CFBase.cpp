@@ -1,19 +1,8 @@
 #include <kestrel/platform/CFBase.h>
 
-#include <kestrel/platform/detail/PlatformObject.h>
-
 #include <cstdio>
 
 using kestrel::detail::PlatformObject;
-
-CFTypeRef CFRetain(CFTypeRef object) {
-    if (object) static_cast<const PlatformObject*>(object)->retain();
-    return object;
-}
-
-void CFRelease(CFTypeRef object) {
-    if (object) static_cast<const PlatformObject*>(object)->release();
-}
 
 CFIndex CFGetRetainCount(CFTypeRef object) {
     return object ? static_cast<const PlatformObject*>(object)->getReferenceCount() : 0;

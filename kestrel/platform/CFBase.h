@@ -7,7 +7,9 @@
 
 #include <kestrel/platform/Export.h>
 
+#include <atomic>
 #include <cstdint>
+#include <string>
 
 using CFTypeRef = const void*;
 using CFAllocatorRef = const struct __CFAllocator*;
@@ -32,10 +34,50 @@ constexpr CFRange CFRangeMake(CFIndex location, CFIndex length) { return {locati
 inline constexpr CFAllocatorRef kCFAllocatorDefault = nullptr;
 inline constexpr CFAllocatorRef kCFAllocatorMalloc = nullptr;
 
+namespace kestrel::detail {
+
+/// One reference-counted object. A CFTypeRef points at this base, which must be the first and only base
+/// of the concrete class, so that the conversion through void* is the identity. It stands here so that
+/// retaining and releasing cost their callers the count alone.
+class KESTREL_API PlatformObject {
+public:
+    PlatformObject(const PlatformObject&) = delete;
+    PlatformObject& operator=(const PlatformObject&) = delete;
+    virtual ~PlatformObject() = default;
+
+    /// UTF-8 text for CFShow, without a newline.
+    virtual std::string describe() const = 0;
+
+    void retain() const noexcept { m_references.fetch_add(1, std::memory_order_relaxed); }
+    void release() const noexcept {
+        // Nobody can take a reference from the only holder meanwhile, so that it need not count down.
+        if (isUnshared() || m_references.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+    }
+    /// True when the caller's reference is the only one, so that nobody else can see a change.
+    bool isUnshared() const noexcept { return m_references.load(std::memory_order_acquire) == 1; }
+    std::uint32_t getReferenceCount() const noexcept { return m_references.load(std::memory_order_relaxed); }
+    /// True for an object whose holders want to see it change, so that a copy must be an object of its own.
+    bool isMutable() const noexcept { return m_mutable; }
+
+protected:
+    explicit PlatformObject(bool isMutable = false) noexcept : m_mutable(isMutable) {}
+
+private:
+    mutable std::atomic<std::uint32_t> m_references{1};
+    const bool m_mutable;
+};
+
+}  // namespace kestrel::detail
+
 /// Adds a reference and returns object; null is a no-op.
-KESTREL_API CFTypeRef CFRetain(CFTypeRef object);
+inline CFTypeRef CFRetain(CFTypeRef object) {
+    if (object) static_cast<const kestrel::detail::PlatformObject*>(object)->retain();
+    return object;
+}
 /// Drops a reference; the last one destroys the object. Null is a no-op.
-KESTREL_API void CFRelease(CFTypeRef object);
+inline void CFRelease(CFTypeRef object) {
+    if (object) static_cast<const kestrel::detail::PlatformObject*>(object)->release();
+}
 /// The current count, for tests; 0 for null.
 KESTREL_API CFIndex CFGetRetainCount(CFTypeRef object);
 /// Writes a debug description of object and a newline to standard error.

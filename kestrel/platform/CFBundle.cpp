@@ -1,7 +1,6 @@
 #include <kestrel/platform/CFBundle.h>
 
 #include <kestrel/platform/detail/EmbeddedTables.h>
-#include <kestrel/platform/detail/PlatformObject.h>
 #include <kestrel/platform/detail/StringObject.h>
 #include <kestrel/platform/detail/StringTable.h>
 #include <kestrel/platform/detail/UserLocale.h>

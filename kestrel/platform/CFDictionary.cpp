@@ -1,6 +1,5 @@
 #include <kestrel/platform/CFDictionary.h>
 
-#include <kestrel/platform/detail/PlatformObject.h>
 
 #include <string>
 #include <utility>

@@ -1,7 +1,6 @@
 #include <kestrel/platform/CFStream.h>
 
 #include <kestrel/platform/detail/FileDescriptor.h>
-#include <kestrel/platform/detail/PlatformObject.h>
 #include <kestrel/platform/detail/URLObject.h>
 
 #include <unistd.h>

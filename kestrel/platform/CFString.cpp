@@ -82,11 +82,8 @@ CFStringRef CFStringCreateWithCharacters(CFAllocatorRef, const UniChar* units, C
     return __CFString::make(spanOf(units, count));
 }
 
-CFStringRef CFStringCreateCopy(CFAllocatorRef, CFStringRef string) {
-    if (!string) return nullptr;
-    if (string->isMutable()) return __CFString::make(string->getUnits());
-    string->retain();
-    return string;
+CFStringRef kestrel::detail::duplicate(CFStringRef string) noexcept {
+    return __CFString::make(string->getUnits());
 }
 
 CFStringRef CFStringCreateWithSubstring(CFAllocatorRef allocator, CFStringRef string, CFRange range) {

@@ -68,7 +68,7 @@ KESTREL_API CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* byt
                                                 CFStringEncoding, Boolean isExternal);
 KESTREL_API CFStringRef CFStringCreateWithCharacters(CFAllocatorRef, const UniChar* units, CFIndex count);
 /// An immutable string of the same text: the object itself, retained, when it is immutable already.
-KESTREL_API CFStringRef CFStringCreateCopy(CFAllocatorRef, CFStringRef);
+inline CFStringRef CFStringCreateCopy(CFAllocatorRef, CFStringRef);
 KESTREL_API CFStringRef CFStringCreateWithSubstring(CFAllocatorRef, CFStringRef, CFRange);
 /// maxLength is ignored: every mutable string grows as needed.
 KESTREL_API CFMutableStringRef CFStringCreateMutable(CFAllocatorRef, CFIndex maxLength);
@@ -120,3 +120,15 @@ KESTREL_API void CFStringReplaceAll(CFMutableStringRef, CFStringRef);
 /// brings in is not searched again.
 KESTREL_API CFIndex CFStringFindAndReplace(CFMutableStringRef, CFStringRef what, CFStringRef with, CFRange,
                                            CFStringCompareFlags);
+
+namespace kestrel::detail {
+/// An immutable string of its own with the same text; null without memory.
+KESTREL_API CFStringRef duplicate(CFStringRef) noexcept;
+}  // namespace kestrel::detail
+
+inline CFStringRef CFStringCreateCopy(CFAllocatorRef, CFStringRef string) {
+    const auto* object = static_cast<const kestrel::detail::PlatformObject*>(CFTypeRef{string});
+    if (object && object->isMutable()) return kestrel::detail::duplicate(string);
+    CFRetain(string);
+    return string;
+}

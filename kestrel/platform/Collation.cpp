@@ -7,7 +7,7 @@
 #include <unicode/utf16.h>
 
 #include <algorithm>
-#include <clocale>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -99,17 +99,37 @@ private:
     UCollator* m_caseless = nullptr;
 };
 
-}  // namespace
+/// The order of the first units that differ in two words of text.
+int compareWords(std::uint64_t left, std::uint64_t right) noexcept {
+    const std::uint64_t difference = left ^ right;
+    const int shift = std::endian::native == std::endian::little
+                          ? std::countr_zero(difference) / 16 * 16
+                          : 48 - std::countl_zero(difference) / 16 * 16;
+    return static_cast<UniChar>(left >> shift) < static_cast<UniChar>(right >> shift) ? -1 : 1;
+}
 
-int compareUnits(std::span<const UniChar> left, std::span<const UniChar> right, Case letters) noexcept {
-    if (letters == Case::Matters) {
-        const std::size_t common = std::min(left.size(), right.size());
-        std::size_t at = 0;
-        while (at + 4 <= common && std::memcmp(&left[at], &right[at], 4 * sizeof(UniChar)) == 0) at += 4;
-        while (at < common && left[at] == right[at]) ++at;
-        if (at < common) return sign(left[at]<right[at], left[at]> right[at]);
-        return sign(left.size() < right.size(), left.size() > right.size());
+/// Orders by code unit.
+int compareExactly(std::span<const UniChar> left, std::span<const UniChar> right) noexcept {
+    constexpr std::size_t unitsAWord = sizeof(std::uint64_t) / sizeof(UniChar);
+    const std::size_t common = std::min(left.size(), right.size());
+    if (common < unitsAWord) {
+        for (std::size_t i = 0; i < common; ++i)
+            if (left[i] != right[i]) return left[i] < right[i] ? -1 : 1;
+    } else {
+        for (std::size_t i = 0;; i = std::min(i + unitsAWord, common - unitsAWord)) {
+            std::uint64_t l, r;
+            std::memcpy(&l, &left[i], sizeof l);
+            std::memcpy(&r, &right[i], sizeof r);
+            if (l != r) return compareWords(l, r);
+            if (i == common - unitsAWord) break;
+        }
     }
+    return sign(left.size() < right.size(), left.size() > right.size());
+}
+
+// The rare ways are not part of the short one, which so needs no frame on the stack.
+
+[[gnu::noinline]] int compareFolded(std::span<const UniChar> left, std::span<const UniChar> right) noexcept {
     FoldedUnits l(left), r(right);
     for (;;) {
         const int a = l.next();
@@ -118,8 +138,8 @@ int compareUnits(std::span<const UniChar> left, std::span<const UniChar> right, 
     }
 }
 
-int compareIn(const char* locale, std::span<const UniChar> left, std::span<const UniChar> right,
-              Case letters) noexcept {
+[[gnu::noinline]] int compareCollated(const char* locale, std::span<const UniChar> left,
+                                      std::span<const UniChar> right, Case letters) noexcept {
     if (isCLocale(locale)) return compareUnits(left, right, letters);
     static thread_local Collators collators;
     const UCollator* collator = collators.get(locale, letters);
@@ -128,9 +148,16 @@ int compareIn(const char* locale, std::span<const UniChar> left, std::span<const
                         reinterpret_cast<const UChar*>(right.data()), sizeForIcu(right));
 }
 
-int compareLocalized(std::span<const UniChar> left, std::span<const UniChar> right, Case letters) noexcept {
-    const char* locale = std::setlocale(LC_COLLATE, nullptr);
-    return compareIn(locale ? locale : "C", left, right, letters);
+}  // namespace
+
+int compareUnits(std::span<const UniChar> left, std::span<const UniChar> right, Case letters) noexcept {
+    return letters == Case::Matters ? compareExactly(left, right) : compareFolded(left, right);
+}
+
+int compareIn(const char* locale, std::span<const UniChar> left, std::span<const UniChar> right,
+              Case letters) noexcept {
+    const bool isPlainC = locale[0] == 'C' && locale[1] == '\0';  // as every process starts
+    return isPlainC ? compareUnits(left, right, letters) : compareCollated(locale, left, right, letters);
 }
 
 }  // namespace kestrel::detail

@@ -2,7 +2,10 @@
 
 #include <kestrel/platform/detail/AsciiRun.h>
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstring>
 
 namespace kestrel::detail {
 
@@ -30,40 +33,75 @@ constexpr auto upperHalf = std::to_array<UniChar>({
 });
 static_assert(upperHalf.size() == 128);
 
-/// All 256 bytes, and the way back in two steps: the high byte of a unit chooses a page, the low byte the
-/// character in it. Page 0 is empty; a 0 in a page is no character, except for the unit 0.
+/// All 256 bytes, and the way back for the units below directUnits: those of all bytes but the few rare ones,
+/// the logo and two ligatures. A 0 is no character, except for the unit 0.
+constexpr std::size_t directUnits = 0x4000;
 struct Tables {
     std::array<UniChar, 256> units{};
-    std::array<std::uint8_t, 256> pageOf{};
-    std::array<std::array<std::uint8_t, 256>, 14> pages{};
+    std::array<std::uint8_t, directUnits> bytes{};
 
     constexpr Tables() {
-        std::uint8_t used = 0;
         for (std::size_t byte = 0; byte < units.size(); ++byte) {
             units[byte] = byte < 0x80 ? static_cast<UniChar>(byte) : upperHalf[byte - 0x80];
-            std::uint8_t& page = pageOf[units[byte] >> 8];
-            if (page == 0) page = ++used;
-            pages[page][units[byte] & 0xFF] = static_cast<std::uint8_t>(byte);
+            if (units[byte] < directUnits) bytes[units[byte]] = static_cast<std::uint8_t>(byte);
         }
     }
 };
 constexpr Tables tables;
 
+// Not part of their callers, whose way through pure ASCII stays short.
+
+[[gnu::noinline]] void decodeMixed(const std::uint8_t* __restrict bytes, std::size_t count,
+                                   UniChar* __restrict units) noexcept {
+    std::size_t i = 0;
+    while (count - i >= asciiBlock) {
+        if (bitsOf(bytes + i) & notAscii<std::uint8_t>)
+            for (const std::size_t end = i + asciiBlock; i < end; ++i) units[i] = tables.units[bytes[i]];
+        else
+            i += copyAsciiBlocks(bytes + i, count - i, units + i);
+    }
+    for (; i < count; ++i) units[i] = tables.units[bytes[i]];
+}
+
+/// Encodes unit by unit.
+std::size_t encodeEach(const UniChar* units, std::size_t count, std::uint8_t* bytes) noexcept {
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto byte = units[i] < directUnits
+                              ? std::ptrdiff_t{tables.bytes[units[i]]}
+                              : (std::ranges::find(tables.units, units[i]) - tables.units.begin()) % 256;
+        if (byte == 0 && units[i] != 0) return i;
+        bytes[i] = static_cast<std::uint8_t>(byte);
+    }
+    return count;
+}
+
+[[gnu::noinline]] std::size_t encodeMixed(const UniChar* units, std::size_t count,
+                                          std::uint8_t* bytes) noexcept {
+    constexpr std::uint64_t notDirect = 0xC000'C000'C000'C000;
+    std::size_t i = 0;
+    while (count - i >= asciiBlock) {
+        const std::uint64_t bits = bitsOf(units + i);
+        if (bits & notDirect) break;
+        if (bits & notAscii<UniChar>)
+            for (const std::size_t end = i + asciiBlock; i < end; ++i) bytes[i] = tables.bytes[units[i]];
+        else
+            i += copyAsciiBlocks(units + i, count - i, bytes + i);
+    }
+    // A 0 stands for a zero unit, or for one that cannot be held: that is looked at closely.
+    if (std::memchr(bytes, 0, i)) i = 0;
+    return i + encodeEach(units + i, count - i, bytes + i);
+}
+
 }  // namespace
 
 void utf16FromMacRoman(const std::uint8_t* bytes, std::size_t count, UniChar* units) noexcept {
-    for (std::size_t i = widenAscii(bytes, count, units); i < count; ++i) units[i] = tables.units[bytes[i]];
+    const std::size_t i = copyAsciiBlocks(bytes, count, units);
+    if (i < count) decodeMixed(bytes + i, count - i, units + i);
 }
 
 std::size_t macRomanFromUtf16(const UniChar* units, std::size_t count, std::uint8_t* bytes) noexcept {
-    std::size_t i = narrowAscii(units, count, bytes);
-    for (; i < count; ++i) {
-        const unsigned unit = units[i];
-        const std::uint8_t byte = tables.pages[tables.pageOf[unit >> 8]][unit & 0xFF];
-        if (byte == 0 && unit != 0) break;
-        bytes[i] = byte;
-    }
-    return i;
+    const std::size_t i = copyAsciiBlocks(units, count, bytes);
+    return i < count ? i + encodeMixed(units + i, count - i, bytes + i) : count;
 }
 
 }  // namespace kestrel::detail

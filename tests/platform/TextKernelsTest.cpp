@@ -7,6 +7,7 @@
 #include <hwy/targets.h>
 #include <unicode/ucnv.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <random>
@@ -213,17 +214,22 @@ TEST(MacRoman, TheTableIsTheOneOfIcuBothWays) {
     ucnv_close(converter);
 }
 
-TEST(MacRoman, StopsAtTheFirstCharacterThatItCannotHold) {
-    for (std::size_t size = 1; size < 50; ++size)
-        for (std::size_t at = 0; at < size; ++at) {
-            Units units(size, 'a');
-            if (at > 0) units[at - 1] = 0xE4;
-            units[at] = 0x65E5;
-            std::vector<std::uint8_t> bytes(size + 1, '#');
-            ASSERT_EQ(macRomanFromUtf16(units.data(), size, bytes.data()), at);
-            ASSERT_EQ(bytes[size], '#');
-            if (at > 0) {
-                ASSERT_EQ(bytes[at - 1], 0x8A);
-            }
+TEST(MacRoman, TextIsConvertedLikeItsCharactersUpToTheFirstThatCannotBeHeld) {
+    const Units letters{'a', 'b', 'c', 0xE4, 0x20AC, 0, 0xFB01, 0xF8FF, 0x0100, 0x65E5};
+    std::mt19937 random(1998);
+    for (std::size_t size = 0; size <= 150; ++size)
+        for (std::size_t kinds = 1; kinds <= letters.size(); ++kinds) {
+            Units units(size), back(size + 1, '#');
+            for (UniChar& unit : units)  // those behind the fifth are rare
+                unit = letters[random() % (random() % 16 ? std::min<std::size_t>(kinds, 5) : kinds)];
+            std::vector<std::uint8_t> want(size), got(size + 1, '#');
+            std::size_t held = 0;
+            while (held < size && macRomanFromUtf16(&units[held], 1, &want[held])) ++held;
+            ASSERT_EQ(macRomanFromUtf16(units.data(), size, got.data()), held) << size << ' ' << kinds;
+            ASSERT_TRUE(std::equal(want.begin(), want.begin() + static_cast<long>(held), got.begin()));
+            ASSERT_EQ(got[size], '#');
+            utf16FromMacRoman(got.data(), held, back.data());
+            ASSERT_TRUE(std::equal(units.begin(), units.begin() + static_cast<long>(held), back.begin()));
+            ASSERT_EQ(back[held], '#');
         }
 }

@@ -3,42 +3,47 @@
 
 #include <kestrel/platform/CFBase.h>
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 namespace kestrel::detail {
 
-// Sixteen at a time: a few words tell whether all of them is ASCII, and the copy of a fixed length is one the
-// compiler makes of vectors. Strings are short: choosing vectors at run time would cost more than it gains.
+// Sixteen or more at a time: a few words tell whether all of them is ASCII, and the compiler makes vectors of
+// a copy whose length is a multiple of that. Strings are short: choosing vectors at run time would cost more
+// than it gains.
 inline constexpr std::size_t asciiBlock = 16;
 
-/// Copies a block when all of it is below 0x80. By way of arrays of its own, since the compiler must fear
-/// elsewhere that the one end is written over the other.
-template <typename From, typename To>
-bool copyAsciiBlock(const From* from, To* to) {
-    constexpr std::uint64_t notAscii = sizeof(From) == 1 ? 0x8080'8080'8080'8080 : 0xFF80'FF80'FF80'FF80;
-    constexpr std::size_t unitsAWord = sizeof(std::uint64_t) / sizeof(From);
+/// The bits of characters side by side that none of them has in ASCII.
+template <typename From>
+inline constexpr std::uint64_t notAscii = sizeof(From) == 1 ? 0x8080'8080'8080'8080 : 0xFF80'FF80'FF80'FF80;
+
+/// The bits of count characters, a multiple of asciiBlock, side by side in one word.
+template <std::size_t count = asciiBlock, typename From>
+std::uint64_t bitsOf(const From* from) noexcept {
     std::uint64_t all = 0;
-    for (std::size_t i = 0; i < asciiBlock; i += unitsAWord) {
+    for (std::size_t i = 0; i < count; i += sizeof all / sizeof(From)) {
         std::uint64_t word;
         std::memcpy(&word, from + i, sizeof word);
         all |= word;
     }
-    if (all & notAscii) return false;
-    std::array<From, asciiBlock> in;
-    std::memcpy(in.data(), from, sizeof in);
-    std::array<To, asciiBlock> out;
-    for (std::size_t i = 0; i < asciiBlock; ++i) out[i] = static_cast<To>(in[i]);
-    std::memcpy(to, out.data(), sizeof out);
-    return true;
+    return all;
+}
+
+/// Copies whole blocks, up to the first one that is not all below 0x80; returns how many characters.
+template <typename From, typename To>
+std::size_t copyAsciiBlocks(const From* __restrict from, std::size_t count, To* __restrict to) noexcept {
+    constexpr std::size_t many = 4 * asciiBlock;
+    std::size_t done = 0;
+    while (count - done >= many && !(bitsOf<many>(from + done) & notAscii<From>)) done += many;
+    while (count - done >= asciiBlock && !(bitsOf(from + done) & notAscii<From>)) done += asciiBlock;
+    for (std::size_t i = 0; i < done / asciiBlock * asciiBlock; ++i) to[i] = static_cast<To>(from[i]);
+    return done;
 }
 
 template <typename From, typename To>
-std::size_t copyAscii(const From* from, std::size_t count, To* to) {
-    std::size_t done = 0;
-    while (done + asciiBlock <= count && copyAsciiBlock(from + done, to + done)) done += asciiBlock;
+std::size_t copyAscii(const From* from, std::size_t count, To* to) noexcept {
+    std::size_t done = copyAsciiBlocks(from, count, to);
     for (; done < count && from[done] < 0x80; ++done) to[done] = static_cast<To>(from[done]);
     return done;
 }

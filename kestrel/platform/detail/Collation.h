@@ -3,6 +3,7 @@
 
 #include <kestrel/platform/CFBase.h>
 
+#include <clocale>
 #include <span>
 
 namespace kestrel::detail {
@@ -15,7 +16,15 @@ int compareUnits(std::span<const UniChar> left, std::span<const UniChar> right, 
 /// Each thread keeps the collators of the locale that it met last.
 int compareIn(const char* locale, std::span<const UniChar> left, std::span<const UniChar> right,
               Case letters) noexcept;
-/// The same for the process's LC_COLLATE.
-int compareLocalized(std::span<const UniChar> left, std::span<const UniChar> right, Case letters) noexcept;
+/// The process's locale for ordering. Ask first, and for the texts then: nothing need be kept meanwhile.
+inline const char* localeOfOrder() noexcept {
+    const char* locale = std::setlocale(LC_COLLATE, nullptr);
+    return locale ? locale : "C";
+}
+/// Orders by the process's locale.
+inline int compareLocalized(std::span<const UniChar> left, std::span<const UniChar> right,
+                            Case letters) noexcept {
+    return compareIn(localeOfOrder(), left, right, letters);
+}
 
 }  // namespace kestrel::detail

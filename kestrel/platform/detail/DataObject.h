@@ -2,7 +2,6 @@
 #pragma once
 
 #include <kestrel/platform/CFData.h>
-#include <kestrel/platform/detail/PlatformObject.h>
 
 #include <cstddef>
 #include <cstdlib>

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <kestrel/platform/CFString.h>
-#include <kestrel/platform/detail/PlatformObject.h>
 
 #include <cstddef>
 #include <cstdlib>
@@ -33,10 +32,8 @@ public:
 
     std::span<const UniChar> getUnits() const noexcept { return {m_units, m_length}; }
     std::size_t getLength() const noexcept { return m_length; }
-    /// True for an object from CFStringCreateMutable...: its holders want to see it change.
-    bool isMutable() const noexcept { return m_mutable; }
     /// True when nobody could notice, or everybody wants to notice, that the text changes in place.
-    bool isEditable() const noexcept { return m_mutable || isUnshared(); }
+    bool isEditable() const noexcept { return isMutable() || isUnshared(); }
 
     /// Makes room for extra units more, growing in proportion; null without memory, else where the first
     /// of them goes. Requires isEditable().
@@ -61,12 +58,11 @@ private:
     static constexpr std::size_t maximumLength = std::size_t{1} << 60;
 
     __CFString(std::size_t capacity, bool isMutable) noexcept
-        : m_mutable(isMutable), m_capacity(capacity), m_units(getInlineUnits()) {}
+        : PlatformObject(isMutable), m_capacity(capacity), m_units(getInlineUnits()) {}
     bool enlarge(std::size_t extra) noexcept;
     __CFString(const __CFString&) = delete;
     UniChar* getInlineUnits() noexcept { return reinterpret_cast<UniChar*>(this + 1); }
 
-    bool m_mutable;
     std::size_t m_length = 0;
     std::size_t m_capacity;
     UniChar* m_units;

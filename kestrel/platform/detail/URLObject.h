@@ -2,7 +2,6 @@
 #pragma once
 
 #include <kestrel/platform/CFURL.h>
-#include <kestrel/platform/detail/PlatformObject.h>
 
 #include <cstddef>
 #include <optional>

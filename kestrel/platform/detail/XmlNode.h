@@ -2,7 +2,6 @@
 #pragma once
 
 #include <kestrel/platform/CFXMLNode.h>
-#include <kestrel/platform/detail/PlatformObject.h>
 
 #include <string>
 #include <variant>

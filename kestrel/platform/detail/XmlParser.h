@@ -2,7 +2,6 @@
 #pragma once
 
 #include <kestrel/platform/CFXMLParser.h>
-#include <kestrel/platform/detail/PlatformObject.h>
 #include <kestrel/platform/detail/XmlEncoding.h>
 #include <kestrel/platform/detail/XmlTokenizer.h>
 
