@@ -51,6 +51,22 @@ bool isURLText(std::string_view text) {
     return !text.empty();
 }
 
+/// text with the placeholders of frame sequences in its path escaped ("[##]", "[@]"), which people write as
+/// they are.
+std::string escapePlaceholders(std::string_view text) {
+    const std::size_t pathEnd = std::min(text.find('?'), text.size());
+    std::string result;
+    std::size_t done = 0;
+    for (std::size_t open; (open = text.find_first_of("[#", done)) < pathEnd && text[open] == '[';) {
+        const std::size_t close = std::min(text.find_first_not_of("#@", open + 1), text.size() - 1);
+        const bool isPlaceholder = text[close] == ']' && close > open + 1;
+        result += text.substr(done, open - done);
+        result += isPlaceholder ? kestrel::detail::escapePath(text.substr(open, close + 1 - open)) : "[";
+        done = isPlaceholder ? close + 1 : open + 1;
+    }
+    return result.append(text.substr(done));
+}
+
 /// The length of the scheme before its colon, 0 when the text is relative.
 std::size_t schemeLength(std::string_view text) {
     const std::size_t end = text.find_first_of(":/?#");
@@ -147,7 +163,9 @@ __CFURL::__CFURL(std::string urlText) : text(std::move(urlText)), string(createS
 bool __CFURL::isFile() const {
     const std::size_t scheme = schemeLength(text);
     if (!scheme) return !std::string_view(text).starts_with("//");
-    const std::string_view start = std::string_view(text).substr(0, pathStart);
+    std::string start = text.substr(0, pathStart);  // neither schemes nor hosts distinguish capitals
+    for (char& c : start)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     return start == "file:" || start == "file://" || start == "file://localhost";
 }
 
@@ -209,7 +227,7 @@ CFURLRef CFURLCreateWithFileSystemPath(CFAllocatorRef allocator, CFStringRef pat
 
 CFURLRef CFURLCreateWithString(CFAllocatorRef, CFStringRef text, CFURLRef base) {
     if (!text || base) return nullptr;
-    std::string bytes = utf8Of(unitsOf(text));
+    std::string bytes = escapePlaceholders(utf8Of(unitsOf(text)));
     return isURLText(bytes) ? createURL(std::move(bytes)) : nullptr;
 }
 

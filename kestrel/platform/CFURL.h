@@ -32,7 +32,8 @@ KESTREL_API CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef, con
 /// A file of a path as text (its UTF-8 form). Only the POSIX style can be read.
 KESTREL_API CFURLRef CFURLCreateWithFileSystemPath(CFAllocatorRef, CFStringRef path, CFURLPathStyle,
                                                    Boolean isDirectory);
-/// A URL of its text; base must be null. Null for characters that no URL holds unescaped and broken escapes.
+/// A URL of its text; base must be null. Placeholders of frame sequences ("[####]") may stand in its path as
+/// they are, and are escaped. Null for characters that no URL holds unescaped and broken escapes.
 KESTREL_API CFURLRef CFURLCreateWithString(CFAllocatorRef, CFStringRef text, CFURLRef base);
 
 /// The escaped text, not retained.

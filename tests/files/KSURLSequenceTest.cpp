@@ -123,11 +123,14 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(KSURLSequence, FindsThePlaceholderInEverySpellingOfItsEscapes) {
     for (const char* text : {"file:///s/a.%5B%23%23%5D.tif:1:9", "file:///s/a.%5b%23%23%5d.tif:1:9",
-                             "file:///s/%61.[%23%23].tif%3A1:9"}) {
+                             "file:///s/%61.[%23%23].tif%3A1:9", "file:///s/a.[##].tif:1:9"}) {
         EXPECT_TRUE(urlText(text).isSequence()) << text;
         EXPECT_EQ(urlOf(urlText(text).getURLforIndex(1)), "file:///s/a.02.tif") << text;
     }
     EXPECT_EQ(urlOf(urlText("file:///s/%5B%40%5D:3:4").getURLforIndex(1)), "file:///s/4");
+    EXPECT_EQ(urlOf(urlText("http://localhost/[#/[]/[##].[a].[##@]?[#]").getURLforIndex(4)), "(null)");
+    EXPECT_EQ(urlOf(urlText("http://localhost/[]/[##].[##@]?[#]").getURLforIndex(4)),
+              "http://localhost/%5B%5D/%5B%23%23%5D.4?[#]");
     EXPECT_EQ(urlOf(urlText("http://localhost/s/a%2fb%c3%A9.[@]:3:4?x=%5b%5d").getURLforIndex(0)),
               "http://localhost/s/a%2Fb%C3%A9.3?x=%5b%5d")
         << "an escaped slash stays escaped, and the query as it was";

@@ -93,6 +93,27 @@ TEST(KSURL, BytePathsAreNeverURLTexts) {
     EXPECT_EQ(utf8(KSURL("s", 0xFFFFFFFF, 0x80000000).getAsFileSystemString()), "s:-1:-2147483648");
 }
 
+TEST(KSURL, FilesAreTheURLsOfThisMachineAndRelativePaths) {
+    const struct {
+        const char* text;
+        bool isFile;
+    } rows[] = {{"file:///a", true},
+                {"FILE:///a", true},
+                {"File://LocalHost/a", true},
+                {"file://elsewhere/a", false},
+                {"http://localhost/a", false},
+                {"files:///a", false},
+                {"//a://b", false},
+                {"a/b://c", true}};
+    for (const auto& row : rows) {
+        UInt8 bytes[16];
+        const KSURL url(KSString(row.text), false);
+        ASSERT_FALSE(url.empty()) << row.text;
+        EXPECT_EQ(CFURLGetFileSystemRepresentation(url.cf_url(), true, bytes, sizeof bytes), row.isFile)
+            << row.text;
+    }
+}
+
 TEST(KSURL, AnyBytesSurviveTheCopyThroughText) {
     std::string every = "/";
     for (int byte = 1; byte < 256; ++byte) every += static_cast<char>(byte);
