@@ -33,17 +33,53 @@ private:
     std::uint32_t m_last;
 };
 
-/// to[x] = from[columns[x]]. Columns lie below available.
-template <typename Pixel>
-void sampleRow(Pixel* to, const Pixel* from, std::size_t available, const std::uint32_t* columns,
-               std::size_t count) {
-    if constexpr (sizeof(Pixel) == sizeof(std::uint32_t)) {
-        samplePixels(reinterpret_cast<std::uint32_t*>(to), reinterpret_cast<const std::uint32_t*>(from),
-                     available, columns, count);
-    } else {
-        for (std::size_t x = 0; x < count; ++x) to[x] = from[columns[x]];
+/// Rows from a source of one width to a destination of another, by a table of columns; half and double the
+/// width need none.
+class Columns {
+public:
+    Columns(std::uint32_t source, std::uint32_t destination)
+        : m_halves(source == std::uint64_t{2} * destination),
+          m_doubles(destination == std::uint64_t{2} * source),
+          m_table(new (std::nothrow) std::uint32_t[destination]) {
+        const Sampling columns(source, destination);
+        for (std::uint32_t x = 0; m_table && x < destination; ++x) m_table[x] = columns.at(x);
     }
-}
+
+    bool exist() const { return m_table != nullptr; }
+
+    /// How many of the first count columns lie below available.
+    std::size_t inside(std::size_t count, std::size_t available) const {
+        return static_cast<std::size_t>(std::lower_bound(&m_table[0], &m_table[0] + count, available) -
+                                        &m_table[0]);
+    }
+
+    /// to[x] = from[column of x]; the columns lie below available.
+    template <typename Pixel>
+    void sample(Pixel* to, const Pixel* from, std::size_t available, std::size_t count) const {
+        if constexpr (sizeof(Pixel) == sizeof(std::uint32_t))
+            sampleWords(reinterpret_cast<std::uint32_t*>(to), reinterpret_cast<const std::uint32_t*>(from),
+                        available, count);
+        else if constexpr (sizeof(Pixel) == sizeof(std::uint64_t))
+            sampleWords(reinterpret_cast<std::uint64_t*>(to), reinterpret_cast<const std::uint64_t*>(from),
+                        available, count);
+        else
+            for (std::size_t x = 0; x < count; ++x) to[x] = from[m_table[x]];
+    }
+
+private:
+    template <typename Word>
+    void sampleWords(Word* to, const Word* from, std::size_t available, std::size_t count) const {
+        if (m_halves) return halvePixels(to, from, count);
+        if (m_doubles) return doublePixels(to, from, count);
+        if constexpr (sizeof(Word) == sizeof(std::uint32_t))
+            samplePixels(to, from, available, m_table.get(), count);
+        else
+            for (std::size_t x = 0; x < count; ++x) to[x] = from[m_table[x]];
+    }
+
+    bool m_halves, m_doubles;
+    std::unique_ptr<std::uint32_t[]> m_table;
+};
 
 /// Walks the rows of a scaled image. convert(to, from, count) turns pixels of one row, which come from inside
 /// the source's region; where columns are picked and depth changes, picked pixels make a row of their own.
@@ -55,15 +91,13 @@ void scaleRows(KSBitmap& destination, const KSBitmap& source, Convert convert) {
     if (!width || !height || !sourceWidth || !source.getHeight()) return;
     if (!destination.getData() || !source.getData()) return;
 
-    const Sampling xs(sourceWidth, width), ys(source.getHeight(), height);
-    std::unique_ptr<std::uint32_t[]> columns;
+    const Sampling ys(source.getHeight(), height);
+    std::optional<Columns> columns;
     std::unique_ptr<From[]> picked;
-    const bool sameColumns = width == sourceWidth;
-    if (!sameColumns) {
-        columns.reset(new (std::nothrow) std::uint32_t[width]);
+    if (width != sourceWidth) {
+        columns.emplace(sourceWidth, width);
         if constexpr (!samePixels) picked.reset(new (std::nothrow) From[width]);
-        if (!columns || !(samePixels || picked)) return;
-        for (std::uint32_t x = 0; x < width; ++x) columns[x] = xs.at(x);
+        if (!columns->exist() || !(samePixels || picked)) return;
     }
 
     To* previous = nullptr;  // the row above, and where it came from
@@ -83,17 +117,15 @@ void scaleRows(KSBitmap& destination, const KSBitmap& source, Convert convert) {
         const std::size_t inside = itemsInside(source, fromStart, sourceWidth, sizeof(From));
         if (inside == 0) return;
         const auto* from = reinterpret_cast<const From*>(source.getData() + fromStart);
-        if (sameColumns) {
+        if (!columns) {
             count = std::min(count, inside);
             convert(to, from, count);
         } else {
-            const std::uint32_t* end = columns.get() + width;
-            if (inside < sourceWidth) end = std::lower_bound(columns.get(), columns.get() + width, inside);
-            count = std::min(count, static_cast<std::size_t>(end - columns.get()));
+            if (inside < sourceWidth) count = columns->inside(count, inside);
             if constexpr (samePixels) {
-                sampleRow(to, from, inside, columns.get(), count);
+                columns->sample(to, from, inside, count);
             } else {
-                sampleRow(picked.get(), from, inside, columns.get(), count);
+                columns->sample(picked.get(), from, inside, count);
                 convert(to, picked.get(), count);
             }
         }

@@ -59,6 +59,8 @@ const Component* as(const std::uint8_t* bytes) {
 
 using u8 = std::uint8_t;
 using u16 = std::uint16_t;
+using u32 = std::uint32_t;
+using u64 = std::uint64_t;
 
 constexpr Matte black{0, 0, 0}, grey{0.25f, 0.5f, 0.75f}, wild{2, -1, std::numeric_limits<float>::infinity()};
 constexpr Matte noNumber{std::numeric_limits<float>::quiet_NaN(), 1, 0};
@@ -74,6 +76,10 @@ const std::vector<Kernel>& kernels() {
         ROW("shuffle in place", 4, 0, 1, shuffleBytes(to, to, 4 * n, rotated)),
         ROW("mask 8", 8, 0, 1, maskBytes(to, 8 * n, keep, (componentBytes<u16>(4, 3, 0x1234)))),
         ROW("mask 4", 4, 0, 1, maskBytes(to, 4 * n, keep, (componentBytes<u8>(4, 0, 0xFF)))),
+        ROW("halve 4", 4, 8, 4, halvePixels(as<u32>(to), as<u32>(from), n)),
+        ROW("halve 8", 8, 16, 8, halvePixels(as<u64>(to), as<u64>(from), n)),
+        ROW("double 4", 4, 4, 4, doublePixels(as<u32>(to), as<u32>(from), n)),
+        ROW("double 8", 8, 8, 8, doublePixels(as<u64>(to), as<u64>(from), n)),
         ROW("4:2:2 to ARGB", 4, 4, 1, convert422ToARGB(to, from, n)),
         ROW("ARGB to 4:2:2", 4, 8, 1, convertARGBTo422(to, from, n)),
         ROW("premultiply RGBA", 4, 0, 1, preMultiply8(to, n, false)),

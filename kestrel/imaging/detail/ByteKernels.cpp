@@ -11,6 +11,18 @@ HWY_BEFORE_NAMESPACE();
 namespace kestrel::detail::HWY_NAMESPACE {
 #if HWY_TARGET == HWY_SCALAR
 using namespace reference;  // a processor without vectors runs the plain twins
+void halve32(std::uint32_t* to, const std::uint32_t* from, std::size_t n) {
+    reference::halvePixels(to, from, n);
+}
+void halve64(std::uint64_t* to, const std::uint64_t* from, std::size_t n) {
+    reference::halvePixels(to, from, n);
+}
+void double32(std::uint32_t* to, const std::uint32_t* from, std::size_t n) {
+    reference::doublePixels(to, from, n);
+}
+void double64(std::uint64_t* to, const std::uint64_t* from, std::size_t n) {
+    reference::doublePixels(to, from, n);
+}
 #else
 namespace hn = hwy::HWY_NAMESPACE;
 
@@ -69,6 +81,36 @@ void samplePixels(std::uint32_t* to, const std::uint32_t* from, std::size_t avai
     }
     reference::samplePixels(to + x, from, available, columns + x, count - x);
 }
+
+template <typename Pixel>
+HWY_INLINE void Halve(Pixel* to, const Pixel* from, std::size_t count) {
+    const hn::ScalableTag<Pixel> d;
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t x = 0;
+    for (; x + lanes < count; x += lanes) {  // the last pixel of the last pair may not exist
+        hn::Vec<decltype(d)> even, odd;
+        hn::LoadInterleaved2(d, from + 2 * x, even, odd);
+        hn::StoreU(even, d, to + x);
+    }
+    reference::halvePixels(to + x, from + 2 * x, count - x);
+}
+
+template <typename Pixel>
+HWY_INLINE void Double(Pixel* to, const Pixel* from, std::size_t count) {
+    const hn::ScalableTag<Pixel> d;
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t x = 0;
+    for (; x + 2 * lanes <= count; x += 2 * lanes) {
+        const auto pixels = hn::LoadU(d, from + x / 2);
+        hn::StoreInterleaved2(pixels, pixels, d, to + x);
+    }
+    reference::doublePixels(to + x, from + x / 2, count - x);
+}
+
+void halve32(std::uint32_t* to, const std::uint32_t* from, std::size_t count) { Halve(to, from, count); }
+void halve64(std::uint64_t* to, const std::uint64_t* from, std::size_t count) { Halve(to, from, count); }
+void double32(std::uint32_t* to, const std::uint32_t* from, std::size_t count) { Double(to, from, count); }
+void double64(std::uint64_t* to, const std::uint64_t* from, std::size_t count) { Double(to, from, count); }
 
 // In both conversions a 16-bit lane is one pixel of 4:2:2: chroma (U in even lanes, V in odd ones) in its low
 // byte, luma in its high byte. An ARGB pixel is two lanes: A | R << 8 and G | B << 8.
@@ -216,6 +258,17 @@ void samplePixels(std::uint32_t* to, const std::uint32_t* from, std::size_t avai
                   const std::uint32_t* columns, std::size_t count) {
     HWY_DYNAMIC_DISPATCH(samplePixels)(to, from, available, columns, count);
 }
+
+#define KESTREL_RATIO(Function, Pixel, Kernel)                       \
+    HWY_EXPORT(Kernel);                                              \
+    void Function(Pixel* to, const Pixel* from, std::size_t count) { \
+        HWY_DYNAMIC_DISPATCH(Kernel)(to, from, count);               \
+    }
+KESTREL_RATIO(halvePixels, std::uint32_t, halve32)
+KESTREL_RATIO(halvePixels, std::uint64_t, halve64)
+KESTREL_RATIO(doublePixels, std::uint32_t, double32)
+KESTREL_RATIO(doublePixels, std::uint64_t, double64)
+#undef KESTREL_RATIO
 
 void convert422ToARGB(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels) {
     HWY_DYNAMIC_DISPATCH(convert422ToARGB)(to, from, pixels);

@@ -22,9 +22,23 @@ void maskBytes(std::uint8_t* bytes, std::size_t count, const BytePattern& keep, 
 void samplePixels(std::uint32_t* to, const std::uint32_t* from, std::size_t available,
                   const std::uint32_t* columns, std::size_t count);
 
+/// to[x] = from[2 x] and to[x] = from[x / 2], pixels of 32 or 64 bits.
+void halvePixels(std::uint32_t* to, const std::uint32_t* from, std::size_t count);
+void halvePixels(std::uint64_t* to, const std::uint64_t* from, std::size_t count);
+void doublePixels(std::uint32_t* to, const std::uint32_t* from, std::size_t count);
+void doublePixels(std::uint64_t* to, const std::uint64_t* from, std::size_t count);
+
 namespace reference {
 void samplePixels(std::uint32_t* to, const std::uint32_t* from, std::size_t available,
                   const std::uint32_t* columns, std::size_t count);
+template <typename Pixel>
+void halvePixels(Pixel* to, const Pixel* from, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) to[x] = from[2 * x];
+}
+template <typename Pixel>
+void doublePixels(Pixel* to, const Pixel* from, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) to[x] = from[x / 2];
+}
 void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const BytePattern& order);
 void maskBytes(std::uint8_t* bytes, std::size_t count, const BytePattern& keep, const BytePattern& flip);
 }  // namespace reference
