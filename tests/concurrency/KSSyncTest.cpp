@@ -68,7 +68,13 @@ TEST(KSConditionVariable, SignalWakesOneWaiterAndACancelledOneGivesTheMutexBack)
     cancelled.waitUntilAsleep();
     cancelled.cancel();
     cancelled.join();
-    for (TestThread* thread : {&first, &second}) thread->waitUntilAsleep();
+    TestThread::installHandler();
+    for (TestThread* thread : {&first, &second}) {
+        thread->waitUntilAsleep();
+        thread->interrupt();  // no ticket yet: it waits again
+        thread->waitUntilAsleep();
+    }
+    EXPECT_EQ(served, 0);
 
     const auto issue = [&] {
         mutex.lock();  // free again although the cancelled thread waited with it

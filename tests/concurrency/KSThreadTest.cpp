@@ -28,6 +28,25 @@ TEST(KSThread, TenThousandThreadsOneAfterTheOther) {
     }
 }
 
+TEST(KSThread, SignalsDoNotEndAWait) {
+    TestThread::installHandler();
+    KSSemaphore gate(0);
+    std::atomic<bool> isJoined{false};
+    TestThread joiner([&] {
+        KSThread([](void* waited) { static_cast<KSSemaphore*>(waited)->wait(); }, &gate).wait();
+        isJoined = true;
+    });
+    for (int i = 0; i < 10; ++i) {
+        joiner.waitUntilAsleep();
+        joiner.interrupt();
+    }
+    joiner.waitUntilAsleep();
+    EXPECT_FALSE(isJoined);
+    gate.signal();
+    joiner.join();
+    EXPECT_TRUE(isJoined);
+}
+
 TEST(KSThread, HandlesKnowTheirThread) {
     static KSThread main;
     struct Answers {

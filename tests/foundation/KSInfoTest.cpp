@@ -109,11 +109,12 @@ TEST(KSInfo, SystemNameIsTheHostName) {
     EXPECT_GE(KSInfo::getProcessors(), 1);
 }
 
-TEST(KSInfoDeathTest, UnfinishedNamesStopTheProcess) {
+TEST(KSInfoDeathTest, UnfinishedNamesStopTheProcessWithTheirMessage) {
     const auto stops = testing::KilledBySignal(SIGABRT);
+    const char* const message = "^File KSString, line 658 should not have been reached:\n\t$";
     KSString out;
-    EXPECT_EXIT(KSInfo::getSystemType(&out), stops, "");
-    EXPECT_EXIT(KSUser::getCurrentUserFullName(&out), stops, "");
+    EXPECT_EXIT((dup2(2, 1), KSInfo::getSystemType(&out)), stops, message);
+    EXPECT_EXIT((dup2(2, 1), KSUser::getCurrentUserFullName(&out)), stops, message);
     EXPECT_FALSE(KSInfo::getSystemType(nullptr));
     EXPECT_FALSE(KSUser::getCurrentUserFullName(nullptr));
 }

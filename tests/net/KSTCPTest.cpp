@@ -1,33 +1,24 @@
-#include <kestrel/foundation/KSString.h>
+#include "Helpers.h"
+
 #include <kestrel/net/KSTCPServer.h>
 #include <kestrel/net/KSTCPStream.h>
 #include <kestrel/time/KSTime.h>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
-#include <csignal>
-#include <cstdlib>
+#include <cstddef>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace {
-
-constexpr KSIPAddress loopback(0x7F000001);
-
-std::string textOf(const KSString& string) {
-    const std::unique_ptr<char, decltype(&std::free)> text(string.createUTF8Str(), &std::free);
-    return text ? text.get() : "";
-}
 
 int descriptorOf(const KSTCPStream& stream) { return stream.getWaitable().getDescriptor(); }
 
@@ -52,12 +43,6 @@ struct Pair {
     KSTCPStream client;
     std::unique_ptr<KSTCPStream> server;
 };
-
-int openDescriptors() {
-    int count = 0;
-    for (int descriptor = 0; descriptor < 1024; ++descriptor) count += fcntl(descriptor, F_GETFD) >= 0;
-    return count;
-}
 
 }  // namespace
 
@@ -199,38 +184,39 @@ TEST(KSTCPServer, PortsInUseFailAndPortsJustLeftDoNot) {
 }
 
 TEST(KSTCPServer, BindingAgainLeaksNoDescriptor) {
-    const int before = openDescriptors();
+    const std::size_t before = openDescriptors().size();
     {
         Listening taken;
         KSTCPServer server;
         for (int i = 0; i < 5; ++i) server.bind(taken.address());  // fails
         for (unsigned short i = 1; i <= 5; ++i)
             server.bind(KSIPSocket(loopback, static_cast<unsigned short>(taken.port + i)));
-        EXPECT_LE(openDescriptors(), before + 2);
+        EXPECT_LE(openDescriptors().size(), before + 2);
     }
-    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_EQ(openDescriptors().size(), before);
 }
 
 TEST(KSTCP, ExhaustedDescriptorsAreAnError) {
     Listening listening;
-    rlimit normal;
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &normal), 0);
-    const rlimit none{0, normal.rlim_max};
     KSTCPStream client;
     KSTCPServer server;
-    setrlimit(RLIMIT_NOFILE, &none);
-    const bool opened = client.open(listening.address());
-    const bool bound = server.bind(KSIPSocket(loopback, 0));
-    setrlimit(RLIMIT_NOFILE, &normal);
-    EXPECT_FALSE(opened);
-    EXPECT_FALSE(bound);
+    bool isOpen, isBound;
+    {
+        const DescriptorLimit none(0);
+        isOpen = client.open(listening.address());
+        isBound = server.bind(KSIPSocket(loopback, 0));
+    }
+    EXPECT_FALSE(isOpen);
+    EXPECT_FALSE(isBound);
     EXPECT_EQ(textOf(client.getError()), std::strerror(EMFILE));
     EXPECT_EQ(textOf(server.getError()), std::strerror(EMFILE));
 
     ASSERT_TRUE(client.open(listening.address()));  // a connection waits, but there is no room for it
-    setrlimit(RLIMIT_NOFILE, &none);
-    const std::unique_ptr<KSTCPStream> accepted(listening.server.accept());
-    setrlimit(RLIMIT_NOFILE, &normal);
+    std::unique_ptr<KSTCPStream> accepted;
+    {
+        const DescriptorLimit none(0);
+        accepted.reset(listening.server.accept());
+    }
     EXPECT_EQ(accepted, nullptr);
     EXPECT_EQ(textOf(listening.server.getError()), std::strerror(EMFILE));
 }
@@ -254,37 +240,64 @@ TEST(KSTCP, AConnectionResetBeforeItIsAcceptedIsHarmless) {
 }
 
 TEST(KSTCP, SignalsInterruptNoBlockingCall) {
-    struct sigaction interrupting {};
-    struct sigaction before;
-    interrupting.sa_handler = [](int) {};  // without SA_RESTART, so that calls really return EINTR
-    sigaction(SIGUSR1, &interrupting, &before);
-
+    TestThread::installHandler();
     Listening listening;
-    std::string got(3 << 20, '\0');
-    std::atomic<bool> finished = false;
-    std::atomic<bool> sendNow = false;
+    std::string got(16 << 20, '\0');
     unsigned long long count = 0;
-    std::thread receiver([&] {
+    TestThread receiver([&] {
         const std::unique_ptr<KSTCPStream> stream(listening.server.accept());
         if (stream) count = stream->read(got.data(), got.size());
-        finished = true;
     });
+    interruptTenTimes(receiver);  // in accept
+    KSTCPStream client;
+    ASSERT_TRUE(client.open(listening.address()));
+    interruptTenTimes(receiver);  // in read
     const std::string sent(got.size(), 'k');
-    std::thread sender([&] {
-        while (!sendNow) std::this_thread::yield();
-        KSTCPStream stream;
-        if (stream.open(listening.address())) stream.write(sent.data(), sent.size());
-    });
-    for (int i = 0; i < 200 && !finished; ++i) {  // through accept, connect, read and write alike
-        if (i == 100) sendNow = true;
-        pthread_kill(receiver.native_handle(), SIGUSR1);
-        pthread_kill(sender.native_handle(), SIGUSR1);
-        std::this_thread::yield();
+    unsigned long long sentCount = 0;
+    TestThread sender([&] { sentCount = client.write(sent.data(), sent.size()); });
+    for (int i = 0; i < 200; ++i) {  // in both, at any moment
+        sender.sendSignal();
+        receiver.sendSignal();
     }
-    sendNow = true;
-    receiver.join();
     sender.join();
-    sigaction(SIGUSR1, &before, nullptr);
+    receiver.join();
+    EXPECT_EQ(sentCount, sent.size());
     EXPECT_EQ(count, got.size());
     EXPECT_EQ(got, sent);
+}
+
+TEST(KSTCP, AWriteToAPeerThatReadsNothingGoesOnAfterSignals) {
+    TestThread::installHandler();
+    Pair pair;
+    const std::string sent(16 << 20, 'k');  // more than the sockets hold
+    unsigned long long count = 0;
+    TestThread sender([&] { count = pair.client.write(sent.data(), sent.size()); });
+    interruptTenTimes(sender);
+    std::string got(sent.size(), '\0');
+    EXPECT_EQ(pair.server->read(got.data(), got.size()), sent.size());
+    sender.join();
+    EXPECT_EQ(count, sent.size());
+}
+
+TEST(KSTCP, AThreadCanBeCancelledInEveryBlockingCall) {
+    Listening listening;
+    Pair pair;
+    const std::string many(16 << 20, 'x');
+    std::string got(8, '\0');
+    const std::function<void()> calls[] = {
+        [&] { listening.server.accept(); },
+        [&] { pair.server->read(got.data(), got.size()); },
+        [&] { pair.client.write(many.data(), many.size()); },
+    };
+    for (const auto& call : calls) {
+        TestThread thread(call);
+        thread.waitUntilAsleep();
+        thread.cancel();
+        thread.join();
+    }
+    KSTCPStream client;  // all is as usable as before
+    ASSERT_TRUE(client.open(listening.address()));
+    const std::unique_ptr<KSTCPStream> accepted(listening.server.accept());
+    client << "sound";
+    EXPECT_EQ(accepted->read(got.data(), 5), 5u);
 }

@@ -1,28 +1,16 @@
-#include <kestrel/foundation/KSString.h>
+#include "Helpers.h"
+
 #include <kestrel/net/KSUDPData.h>
 #include <kestrel/time/KSTime.h>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
 
-#include <atomic>
 #include <cerrno>
-#include <csignal>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string>
-#include <thread>
 
 namespace {
-
-constexpr KSIPAddress loopback(0x7F000001);
-
-std::string textOf(const KSString& string) {
-    const std::unique_ptr<char, decltype(&std::free)> text(string.createUTF8Str(), &std::free);
-    return text ? text.get() : "";
-}
 
 struct Bound {
     Bound() { EXPECT_TRUE(data.bind(&address)) << textOf(data.getError()); }
@@ -92,29 +80,33 @@ TEST(KSUDPData, FailuresCloseTheSocketAndSayWhy) {
     data.close();
 }
 
-TEST(KSUDPData, SignalsDoNotEndAReceive) {
-    struct sigaction interrupting {};
-    struct sigaction before;
-    interrupting.sa_handler = [](int) {};
-    sigaction(SIGUSR1, &interrupting, &before);
+TEST(KSUDPData, SignalsDoNotEndAReceiveAndCancellationDoes) {
+    TestThread::installHandler();
     Bound a;
     Bound b;
     char bytes[8] = {};
-    std::atomic<bool> started = false;
-    unsigned long long count = 0;
-    std::thread receiver([&] {
-        started = true;
-        count = b.data.recv(bytes, sizeof bytes, nullptr);
-    });
-    while (!started) std::this_thread::yield();
-    for (int i = 0; i < 100; ++i) {
-        pthread_kill(receiver.native_handle(), SIGUSR1);
-        std::this_thread::yield();
+    {
+        TestThread cancelled([&] { b.data.recv(bytes, sizeof bytes, nullptr); });
+        cancelled.waitUntilAsleep();
+        cancelled.cancel();
     }
+    unsigned long long count = 0;
+    TestThread receiver([&] { count = b.data.recv(bytes, sizeof bytes, nullptr); });
+    interruptTenTimes(receiver);
     a.data.send("late", 4, b.address);
     receiver.join();
-    sigaction(SIGUSR1, &before, nullptr);
     EXPECT_EQ(count, 4u);
+}
+
+TEST(KSUDPData, ExhaustedDescriptorsAreAnError) {
+    KSUDPData data;
+    bool isBound;
+    {
+        const DescriptorLimit none(0);
+        isBound = data.bind();
+    }
+    EXPECT_FALSE(isBound);
+    EXPECT_EQ(textOf(data.getError()), std::strerror(EMFILE));
 }
 
 TEST(KSUDPData, CanBeWaitedForTogetherWithADeadline) {
