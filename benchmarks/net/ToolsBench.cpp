@@ -309,7 +309,7 @@ const bool areRegistered = [] {
             benchmark::RegisterBenchmark(
                 ("download/" + std::string(server.name) + "_to_" + client.name).c_str(),
                 [&](benchmark::State& state) { download(state, server, client); })
-                ->Iterations(2)
+                ->Iterations(1)
                 ->Unit(benchmark::kMillisecond)
                 ->UseManualTime();
     return true;
