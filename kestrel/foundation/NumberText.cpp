@@ -19,7 +19,9 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "digits are read from words, the first lowest");
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+// Of a character that is no digit, a number above 9.
+unsigned digitOf(char c) { return static_cast<unsigned char>(c) - unsigned{'0'}; }
+bool isDigit(char c) { return digitOf(c) <= 9; }
 
 template <typename Integer>
 bool readInteger(const char*& text, const char* end, Integer& value) {
@@ -39,9 +41,9 @@ bool readInteger(const char*& text, const char* end, Integer& value) {
     bool fits = true;
     const char* const first = place;
     for (; place < end && place - first < Limits::digits10 && isDigit(*place); ++place)
-        magnitude = magnitude * 10 + static_cast<Unsigned>(*place - '0');
+        magnitude = magnitude * 10 + Unsigned{digitOf(*place)};
     for (; place < end && isDigit(*place); ++place) {
-        const auto digit = static_cast<Unsigned>(*place - '0');
+        const auto digit = Unsigned{digitOf(*place)};
         if (magnitude > (largest - digit) / 10)
             fits = false;
         else
@@ -109,96 +111,77 @@ bool readWithStrtod(const char*& text, const char* place, const char* end, doubl
     return errno != ERANGE || !(value == 0 || std::isinf(value));
 }
 
-/// Digits as they stand one after another, at most eight.
-struct DigitRun {
-    std::uint64_t value;
-    int count;
-};
-
-// Eight bytes at once, with a few multiplications for all of their digits (Lemire, "Number Parsing at a
-// Gigabyte per Second", 2021). Reads nothing before begin or behind end.
-DigitRun readDigitRun(const char* begin, const char* place, const char* end) {
-    constexpr std::ptrdiff_t width = 8;
-    const std::ptrdiff_t left = end - place;
-    if (left == 0 || end - begin < width) {
-        DigitRun run{0, 0};
-        for (; place < end && isDigit(*place); ++place, ++run.count)
-            run.value = run.value * 10 + static_cast<std::uint64_t>(*place - '0');
-        return run;
-    }
-    std::uint64_t bytes;  // the first in the lowest bits
-    std::memcpy(&bytes, left < width ? end - width : place, width);
-    if (left < width) bytes >>= 8 * (width - left);
+/// A word of eight digits as their number (Lemire, "Number Parsing at a Gigabyte per Second", 2021); false,
+/// with value as it was, if there is another character among the eight.
+bool readEightDigits(const char* text, std::uint64_t& value) {
+    std::uint64_t bytes;
+    std::memcpy(&bytes, text, sizeof bytes);
     bytes ^= 0x3030303030303030;  // a digit is now its value
-    const std::uint64_t others = (bytes | (bytes + 0x0606060606060606)) & 0xF0F0F0F0F0F0F0F0;
-    const int count = others ? std::countr_zero(others) / 8 : 8;
-    if (count == 0) return {0, 0};
-    bytes <<= 8 * (8 - count);  // zeros before the digits
+    if ((bytes | (bytes + 0x0606060606060606)) & 0xF0F0F0F0F0F0F0F0) return false;
     bytes = (bytes * 10 + (bytes >> 8)) & 0x00FF00FF00FF00FF;
     bytes = (bytes * 100 + (bytes >> 16)) & 0x0000FFFF0000FFFF;
-    return {(bytes * 10000 + (bytes >> 32)) & 0xFFFFFFFF, count};
+    value = (bytes * 10'000 + (bytes >> 32)) & 0xFFFFFFFF;
+    return true;
 }
 
 // Decimal numbers of few digits, which most are: while the digits as an integer and the power of ten are
 // both exact, their product or quotient has the one rounding that the nearest double has (Clinger, "How to
 // Read Floating Point Numbers Accurately", 1990). The end of the number; null when it takes more than that.
 const char* readShortDecimal(const char* place, const char* end, double& value) {
-    constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                                 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-    constexpr std::uint64_t shifts[] = {1,       10,        100,        1'000,      10'000,
-                                        100'000, 1'000'000, 10'000'000, 100'000'000};
-    constexpr int mostDigits = 15;  // any such integer is below 2^53
-    const char* const begin = place;
-    const bool negative = *place == '-';
-    if (negative) ++place;
+    static constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                        1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                        1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    constexpr int mostDigits = 15;            // any such integer is below 2^53
+    constexpr int mostRead = mostDigits + 2;  // with a point, and one digit too many
+    const bool negative = place < end && *place == '-';
+    if (place < end && (*place == '-' || *place == '+')) ++place;
+
+    const char* const first = place;
+    const char* const stop = end - place > mostRead ? place + mostRead : end;
     std::uint64_t integer = 0;
-    int digits = 0, exponent = 0;
     const auto readDigits = [&] {
-        DigitRun run;
-        do {
-            run = readDigitRun(begin, place, end);
-            integer = integer * shifts[run.count] + run.value;
-            digits += run.count;
-            place += run.count;
-        } while (run.count == 8 && digits <= mostDigits);
+        for (; place < stop && isDigit(*place); ++place) integer = integer * 10 + digitOf(*place);
     };
     readDigits();
-    if (place < end && *place == '.') {
-        ++place;
-        const int before = digits;
+    std::ptrdiff_t digits = place - first, exponent = 0;
+    if (place < stop && *place == '.') {
+        const char* const fraction = ++place;
+        if (std::uint64_t eight = 0; stop - place >= 8 && readEightDigits(place, eight)) {
+            integer = integer * 100'000'000 + eight;
+            place += 8;
+        }
         readDigits();
-        exponent = before - digits;
+        exponent = fraction - place;
+        digits -= exponent;
     }
     if (digits == 0 || digits > mostDigits) return nullptr;
+    if (place < end && (*place | 0x20) == 'x') return nullptr;  // "0x"
     if (place < end && (*place | 0x20) == 'e') {
         const char* part = place + 1;
         const bool negativePart = part < end && *part == '-';
         if (part < end && (*part == '-' || *part == '+')) ++part;
         int power = 0;
-        const char* const first = part;
-        for (; part < end && isDigit(*part) && part - first < 4; ++part) power = power * 10 + (*part - '0');
-        if (part == first || (part < end && isDigit(*part))) return nullptr;
+        const char* const firstOfPart = part;
+        for (; part < end && isDigit(*part) && part - firstOfPart < 4; ++part)
+            power = power * 10 + static_cast<int>(digitOf(*part));
+        if (part == firstOfPart || (part < end && isDigit(*part))) return nullptr;
         exponent += negativePart ? -power : power;
+        if (exponent < -22 || exponent > 22) return nullptr;
         place = part;
     }
-    if (exponent < -22 || exponent > 22) return nullptr;
     const auto exact = static_cast<double>(static_cast<std::int64_t>(integer));
-    value = exponent < 0 ? exact / powers[-exponent] : exact * powers[exponent];
-    if (negative) value = -value;
+    const double number = exponent < 0 ? exact / powers[-exponent] : exact * powers[exponent];
+    value = negative ? -number : number;
     return place;
 }
 
-bool readDouble(const char*& text, const char* end, double& value) {
-    const char* place = skipBlanks(text, end);
+// All other numbers.
+[[gnu::cold]] bool readLongDouble(const char*& text, const char* place, const char* end, double& value) {
     // from_chars gives the same bits for decimal numbers; it knows no "+" and no "0x".
     const char* digits = place < end && (*place == '-' || *place == '+') ? place + 1 : place;
     if (digits < end && (isDigit(*digits) || *digits == '.') &&
         !(end - digits > 1 && digits[0] == '0' && (digits[1] | 0x20) == 'x')) {
         const char* from = place < end && *place == '+' ? digits : place;
-        if (const char* stop = readShortDecimal(from, end, value)) {
-            text = stop;
-            return true;
-        }
         const auto [stop, error] = std::from_chars(from, end, value);
         if (error == std::errc()) {
             text = stop;
@@ -206,6 +189,14 @@ bool readDouble(const char*& text, const char* end, double& value) {
         }
     }
     return readWithStrtod(text, place, end, value);
+}
+
+bool readDouble(const char*& text, const char* end, double& value) {
+    const char* place = skipBlanks(text, end);
+    const char* stop = readShortDecimal(place, end, value);
+    if (!stop) return readLongDouble(text, place, end, value);
+    text = stop;
+    return true;
 }
 
 }  // namespace
