@@ -1,13 +1,38 @@
-// One pass of compares turns each window of a document into three bit sets, after which finding the end of
-// a text or of a value is a shift and a count of zeros. The scalar twin defines the bits.
+// One pass of compares turns each window of a document into four bit sets, after which finding the end of
+// a text, a value or a name is a shift and a count of zeros. The scalar twin defines the bits.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kestrel/platform/XmlScan.cpp"  // compiled once per vector target
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
+#include <kestrel/platform/detail/XmlNames.h>
 #include <kestrel/platform/detail/XmlScan.h>
 
 #include <algorithm>
+
+#ifndef KESTREL_XML_NAME_TABLES  // what the targets share
+#define KESTREL_XML_NAME_TABLES
+namespace kestrel::detail {
+namespace {
+
+/// Bit h of rows[l] says whether the byte h * 16 + l belongs to names; columns[h] is that bit.
+struct NameTables {
+    std::uint8_t rows[16];
+    std::uint8_t columns[16];
+};
+constexpr NameTables nameTables = [] {
+    NameTables tables{};
+    for (unsigned c = 0; c < 0x80; ++c) {
+        const auto bit = static_cast<std::uint8_t>(1u << c / 16);
+        tables.columns[c / 16] = bit;
+        if (isXmlByte(static_cast<char>(c), xmlName)) tables.rows[c % 16] |= bit;
+    }
+    return tables;
+}();
+
+}  // namespace
+}  // namespace kestrel::detail
+#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace kestrel::detail::HWY_NAMESPACE {
@@ -23,7 +48,11 @@ void classify(const char* bytes, std::size_t size, XmlMasks& masks) {
     const auto* input = reinterpret_cast<const std::uint8_t*>(bytes);
     auto* markup = reinterpret_cast<std::uint8_t*>(masks.markup.data());
     auto* quotes = reinterpret_cast<std::uint8_t*>(masks.quotes.data());
+    auto* nameEnds = reinterpret_cast<std::uint8_t*>(masks.nameEnds.data());
     auto* suspects = reinterpret_cast<std::uint8_t*>(masks.suspects.data());
+    const auto rows = hn::LoadDup128(d, nameTables.rows);
+    const auto columns = hn::LoadDup128(d, nameTables.columns);
+    const auto lowHalf = hn::Set(d, std::uint8_t{0x0F});
     for (std::size_t i = 0; i < whole; i += lanes) {
         const auto v = hn::LoadU(d, input + i);
         const auto is = [&](char c) HWY_ATTR { return hn::Eq(v, hn::Set(d, static_cast<std::uint8_t>(c))); };
@@ -33,6 +62,9 @@ void classify(const char* bytes, std::size_t size, XmlMasks& masks) {
         const auto low = hn::RebindMask(d, hn::Lt(hn::BitCast(di, v), hn::Set(di, std::int8_t{' '})));
         hn::StoreMaskBits(d, hn::Or(opens, is(']')), markup + i / 8);
         hn::StoreMaskBits(d, hn::Or(opens, hn::Or(is('"'), is('\''))), quotes + i / 8);
+        const auto row = hn::TableLookupBytes(rows, hn::And(v, lowHalf));
+        const auto column = hn::TableLookupBytes(columns, hn::ShiftRight<4>(v));
+        hn::StoreMaskBits(d, hn::Eq(hn::And(row, column), hn::Zero(d)), nameEnds + i / 8);
         hn::StoreMaskBits(d, hn::AndNot(blank, low), suspects + i / 8);
     }
     if (whole == size) return;
@@ -40,6 +72,7 @@ void classify(const char* bytes, std::size_t size, XmlMasks& masks) {
     classifyXmlReference(bytes + whole, size - whole, tail);
     masks.markup[whole / 64] = tail.markup[0];
     masks.quotes[whole / 64] = tail.quotes[0];
+    masks.nameEnds[whole / 64] = tail.nameEnds[0];
     masks.suspects[whole / 64] = tail.suspects[0];
 #else
     classifyXmlReference(bytes, size, masks);
@@ -55,16 +88,18 @@ namespace kestrel::detail {
 
 void classifyXmlReference(const char* bytes, std::size_t size, XmlMasks& masks) {
     for (std::size_t block = 0; block < size; block += 64) {
-        std::uint64_t markup = 0, quotes = 0, suspects = 0;
+        std::uint64_t markup = 0, quotes = 0, nameEnds = 0, suspects = 0;
         for (std::size_t i = 0; i < std::min<std::size_t>(64, size - block); ++i) {
             const auto c = static_cast<unsigned char>(bytes[block + i]);
             const std::uint64_t bit = std::uint64_t{1} << i;
             if (c == '<' || c == '&' || c == ']') markup |= bit;
             if (c == '<' || c == '&' || c == '"' || c == '\'') quotes |= bit;
+            if (!isXmlByte(bytes[block + i], xmlName)) nameEnds |= bit;
             if (c >= 0x80 || !isXmlCharacter(c)) suspects |= bit;
         }
         masks.markup[block / 64] = markup;
         masks.quotes[block / 64] = quotes;
+        masks.nameEnds[block / 64] = nameEnds;
         masks.suspects[block / 64] = suspects;
     }
 }

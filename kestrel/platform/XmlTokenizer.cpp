@@ -29,23 +29,7 @@ XmlTokenizer::XmlTokenizer(std::string_view document, CFIndex cutStatus, std::st
       m_cutReason(std::move(cutReason)),
       m_located(m_begin) {}
 
-XmlEvent XmlTokenizer::next() {
-    if (m_endPending) {  // the name is still that of the empty-element tag
-        m_endPending = false;
-        m_open.pop_back();
-        if (m_open.empty()) m_stage = Stage::Epilog;
-        return XmlEvent::EndElement;
-    }
-    if (m_stage == Stage::Done) return m_status ? XmlEvent::Error : XmlEvent::End;
-    m_eventStart = m_position;
-    const XmlEvent event = scan();
-    // An event is only good once the characters in it are.
-    if (event != XmlEvent::Error && m_scanner.findInvalid(m_position))
-        return fail(kCFXMLErrorMalformedDocument, m_position, {});
-    return event;
-}
-
-XmlEvent XmlTokenizer::scan() {
+inline XmlEvent XmlTokenizer::scan() {
     if (m_stage != Stage::Content) return scanOutsideRoot();
     switch (at(m_position)) {
         case '<':
@@ -72,6 +56,22 @@ XmlEvent XmlTokenizer::scan() {
         default:
             return scanText();
     }
+}
+
+XmlEvent XmlTokenizer::next() {
+    if (m_endPending) {  // the name is still that of the empty-element tag
+        m_endPending = false;
+        m_open.pop_back();
+        if (m_open.empty()) m_stage = Stage::Epilog;
+        return XmlEvent::EndElement;
+    }
+    if (m_stage == Stage::Done) return m_status ? XmlEvent::Error : XmlEvent::End;
+    m_eventStart = m_position;
+    const XmlEvent event = scan();
+    // An event is only good once the characters in it are.
+    if (event != XmlEvent::Error && m_scanner.findInvalid(m_position))
+        return fail(kCFXMLErrorMalformedDocument, m_position, {});
+    return event;
 }
 
 XmlEvent XmlTokenizer::scanOutsideRoot() {
@@ -109,12 +109,52 @@ XmlEvent XmlTokenizer::scanOutsideRoot() {
     return scanStartTag();
 }
 
+// [41]: reads one attribute at place and moves place behind it. False after a failure.
+inline bool XmlTokenizer::scanAttribute(const char*& place) {
+    bool isWide = false;
+    const char* nameEnd = skipTagName(place, isWide);
+    if (nameEnd == place)
+        return failAt(kCFXMLErrorMalformedStartTag, place, "an attribute's name or \">\" is expected");
+    const std::string_view name = slice(place, nameEnd);
+    const char* value = startsWith(nameEnd, "=\"") ? nameEnd + 1 : findValue(nameEnd, name);
+    if (!value) return false;
+    const char quote = *value++;
+    bool hasReferences = false;
+    const char* end = value;
+    for (;;) {
+        end = m_scanner.findQuote(end);
+        const char c = at(end);
+        if (c == quote) break;
+        if (c == '&') {
+            hasReferences = true;
+            end = scanReference(end);
+            if (!end) return false;
+        } else if (c == '<' || end == m_end) {
+            return failAt(kCFXMLErrorMalformedStartTag, end,
+                          joined({"\"<\" in the value of attribute \"", name, "\""}));
+        } else {
+            ++end;  // the other quote
+        }
+    }
+    // Names whose signs differ differ: most tags need no closer look.
+    const std::uint64_t sign = std::uint64_t{1}
+                               << ((static_cast<unsigned char>(name[0]) + 5 * name.size()) % 64);
+    m_namesMayRepeat |= (m_nameSigns & sign) != 0;
+    m_nameSigns |= sign;
+    m_attributes.push_back({name, slice(value, end), hasReferences, isWide});
+    place = end + 1;
+    return true;
+}
+
 XmlEvent XmlTokenizer::scanStartTag() {
-    const char* nameEnd = skipName(m_position + 1);
+    bool isWide = false;
+    const char* nameEnd = skipTagName(m_position + 1, isWide);
     if (nameEnd == m_position + 1)
         return fail(kCFXMLErrorMalformedStartTag, nameEnd, "\"<\" is not followed by an element's name");
     const std::string_view name = slice(m_position + 1, nameEnd);
     m_attributes.clear();
+    m_nameSigns = 0;
+    m_namesMayRepeat = false;
     const char* place = nameEnd;
     for (;;) {
         const char* afterSpace = skipSpace(place);
@@ -138,48 +178,24 @@ XmlEvent XmlTokenizer::scanStartTag() {
         place = afterSpace;
         if (!scanAttribute(place)) return XmlEvent::Error;
     }
-    if (m_attributes.size() > 1 && !checkAttributeNames()) return XmlEvent::Error;
+    if (m_namesMayRepeat && !checkAttributeNames()) return XmlEvent::Error;
     m_open.push_back(name);
     m_endPending = m_emptyElement;
     m_name = name;
     return XmlEvent::StartElement;
 }
 
-// [41]: reads one attribute at place and moves place behind it. False after a failure.
-bool XmlTokenizer::scanAttribute(const char*& place) {
-    const char* nameEnd = skipName(place);
-    if (nameEnd == place)
-        return failAt(kCFXMLErrorMalformedStartTag, place, "an attribute's name or \">\" is expected");
-    const std::string_view name = slice(place, nameEnd);
+// The quote that opens the value of the attribute whose name ends at nameEnd. Null after a failure.
+const char* XmlTokenizer::findValue(const char* nameEnd, std::string_view name) {
     const char* equals = skipSpace(nameEnd);
     if (at(equals) != '=')
         return failAt(kCFXMLErrorMalformedStartTag, equals,
                       joined({"attribute \"", name, "\" is not followed by \"=\""}));
     const char* value = skipSpace(equals + 1);
-    const char quote = at(value);
-    if (quote != '"' && quote != '\'')
+    if (at(value) != '"' && at(value) != '\'')
         return failAt(kCFXMLErrorMalformedStartTag, value,
                       joined({"the value of attribute \"", name, "\" is not quoted"}));
-    bool hasReferences = false;
-    const char* end = ++value;
-    for (;;) {
-        end = m_scanner.findQuote(end);
-        const char c = at(end);
-        if (c == quote) break;
-        if (c == '&') {
-            hasReferences = true;
-            end = scanReference(end);
-            if (!end) return false;
-        } else if (c == '<' || end == m_end) {
-            return failAt(kCFXMLErrorMalformedStartTag, end,
-                          joined({"\"<\" in the value of attribute \"", name, "\""}));
-        } else {
-            ++end;  // the other quote
-        }
-    }
-    m_attributes.push_back({name, slice(value, end), hasReferences});
-    place = end + 1;
-    return true;
+    return value;
 }
 
 // No name may stand twice in a tag. False after a failure.

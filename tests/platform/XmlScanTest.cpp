@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
 
+#include <cctype>
 #include <cstring>
 #include <random>
 #include <string>
@@ -19,13 +20,16 @@ TEST(XmlScan, ReferenceKnowsEveryByte) {
         classifyXmlReference(&byte, 1, masks);
         EXPECT_EQ(masks.markup[0], std::strchr("<&]", byte) && c != 0 ? 1u : 0u) << c;
         EXPECT_EQ(masks.quotes[0], std::strchr("<&\"'", byte) && c != 0 ? 1u : 0u) << c;
+        EXPECT_EQ(masks.nameEnds[0],
+                  c >= 0x80 || !(std::isalnum(c) || std::strchr(":_-.", byte)) || c == 0 ? 1u : 0u)
+            << c;
         EXPECT_EQ(masks.suspects[0], c >= 0x80 || (c < 0x20 && c != 9 && c != 10 && c != 13) ? 1u : 0u) << c;
     }
 }
 
 TEST(XmlScan, EveryTargetEqualsTheReference) {
     std::mt19937 random(1998);
-    const std::string_view likely = "<&]\"'\t\n\r \x1F\x7F\x80\xFF";
+    const std::string_view likely = "<&]\"'\t\n\r -.:_=/@[`{09AZaz\x1F\x7F\x80\xFF";
     for (const auto target : hwy::SupportedAndGeneratedTargets()) {
         hwy::SetSupportedTargetsForTest(target);
         std::printf("target %s\n", hwy::TargetName(target));
@@ -42,6 +46,8 @@ TEST(XmlScan, EveryTargetEqualsTheReference) {
                 classifyXml(bytes.data() + shift, size, got);
                 ASSERT_EQ(want.markup, got.markup) << hwy::TargetName(target) << ' ' << size << ' ' << shift;
                 ASSERT_EQ(want.quotes, got.quotes) << hwy::TargetName(target) << ' ' << size << ' ' << shift;
+                ASSERT_EQ(want.nameEnds, got.nameEnds)
+                    << hwy::TargetName(target) << ' ' << size << ' ' << shift;
                 ASSERT_EQ(want.suspects, got.suspects)
                     << hwy::TargetName(target) << ' ' << size << ' ' << shift;
             }

@@ -21,7 +21,8 @@ public:
 
     /// Parses the document into sink, once; as CFXMLParserParse, whose callbacks it leaves alone but for
     /// handleError. The sink has
-    ///     bool startElement(const XmlTokenizer&)          false skips the element with all it contains
+    ///     bool startElement(XmlTokenizer&)                false skips the element with all it contains;
+    ///                                                     may take the attributes
     ///     void endElement()                               the end of an element that was not skipped
     ///     void other(XmlEvent, const XmlTokenizer&)       everything else outside skipped elements
     /// and may call abort().
@@ -64,7 +65,7 @@ bool __CFXMLParser::parse(Sink& sink) {
         const XmlEvent event = m_tokens.next();
         switch (event) {
             case XmlEvent::StartElement:
-                if (skipped || !sink.startElement(std::as_const(m_tokens))) ++skipped;
+                if (skipped || !sink.startElement(m_tokens)) ++skipped;
                 break;
             case XmlEvent::EndElement:
                 if (skipped)

@@ -16,6 +16,7 @@ struct XmlMasks {
 
     Bits markup;    ///< < & ] : what can end a run of text
     Bits quotes;    ///< " ' < & : what can end, or may not stand in, an attribute value
+    Bits nameEnds;  ///< all but the ASCII characters that may stand in a name
     Bits suspects;  ///< control characters other than tab, line feed and return; bytes from 0x80 up
 };
 
@@ -47,6 +48,9 @@ public:
     const char* findMarkup(const char* from) { return find(&XmlMasks::markup, from); }
     /// The first quote of either kind, "<" or "&" at or after from, or the end.
     const char* findQuote(const char* from) { return find(&XmlMasks::quotes, from); }
+
+    /// The first byte at or after from that is no ASCII character of a name, or the end.
+    const char* findNameEnd(const char* from) { return find(&XmlMasks::nameEnds, from); }
 
     /// The first place before through that is no UTF-8 or no XML character; null if there is none. A place
     /// that was found stays.

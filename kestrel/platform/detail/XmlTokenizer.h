@@ -6,6 +6,7 @@
 #include <kestrel/platform/detail/XmlScan.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,7 @@ struct XmlAttribute {
     std::string_view name;
     std::string_view value;  ///< between the quotes, references and white space as they stand
     bool hasReferences;      ///< whether value holds an "&"
+    bool hasWideName;        ///< whether name holds characters above ASCII
 };
 
 /// Where something stands in a document: both count from 1, columns in characters.
@@ -63,6 +65,8 @@ public:
     std::string_view getName() const { return m_name; }
     std::string_view getText() const { return m_text; }
     const std::vector<XmlAttribute>& getAttributes() const { return m_attributes; }
+    /// Hands the attributes over, for a vector whose memory is used for those of later tags.
+    void swapAttributes(std::vector<XmlAttribute>& other) { m_attributes.swap(other); }
     /// Whether the start tag that was read last was an empty-element tag.
     bool isEmptyElement() const { return m_emptyElement; }
     std::string_view getPublicId() const { return m_publicId; }
@@ -81,7 +85,7 @@ public:
 private:
     enum class Stage { Start, Prolog, AfterDocumentType, Content, Epilog, Done };
 
-    XmlEvent scan();
+    [[gnu::always_inline]] inline XmlEvent scan();
     XmlEvent scanOutsideRoot();
     XmlEvent scanStartTag();
     XmlEvent scanEndTag();
@@ -89,7 +93,8 @@ private:
     XmlEvent scanComment();
     XmlEvent scanCData();
     XmlEvent scanInstruction();
-    bool scanAttribute(const char*& place);
+    [[gnu::always_inline]] inline bool scanAttribute(const char*& place);
+    const char* findValue(const char* nameEnd, std::string_view name);
     bool checkAttributeNames();
     const char* scanReference(const char* ampersand);
     const char* scanCharacterReference(const char* ampersand);
@@ -104,8 +109,8 @@ private:
     const char* skipComment(const char* place);
     const char* skipInstruction(const char* place);
 
-    XmlEvent fail(CFIndex status, const char* place, std::string description);
-    const char* failAt(CFIndex status, const char* place, std::string description) {
+    [[gnu::cold]] XmlEvent fail(CFIndex status, const char* place, std::string description);
+    [[gnu::cold]] const char* failAt(CFIndex status, const char* place, std::string description) {
         fail(status, place, std::move(description));
         return nullptr;
     }
@@ -129,6 +134,13 @@ private:
         const bool isAscii = end == m_end || static_cast<unsigned char>(*end) < 0x80;
         return isAscii ? end : skipWideName(place);
     }
+    // The same in a start tag, where names are looked at once and in order; whether it is a wide name.
+    const char* skipTagName(const char* place, bool& isWide) {
+        const bool isName = place < m_end && isXmlByte(*place, xmlNameStart);
+        const char* end = isName ? m_scanner.findNameEnd(place + 1) : place;
+        isWide = end < m_end && static_cast<unsigned char>(*end) >= 0x80;
+        return isWide ? skipWideName(place) : end;
+    }
     const char* skipWideName(const char* place) const;
     static std::string_view slice(const char* from, const char* to) {
         return {from, static_cast<std::size_t>(to - from)};
@@ -147,6 +159,8 @@ private:
     std::string_view m_publicId;
     std::string_view m_systemId;
     std::vector<XmlAttribute> m_attributes;
+    std::uint64_t m_nameSigns = 0;  // of the attributes' names
+    bool m_namesMayRepeat = false;
     std::vector<std::string_view> m_open;
     std::vector<std::string_view> m_sortedNames;  // scratch of checkAttributeNames
     CFIndex m_status = 0;
