@@ -6,6 +6,14 @@
 
 KSIgnoreElement KSIgnoreElement::ignoreHandler;
 
+namespace {
+
+bool claims(const char* entry, const char* name) {
+    return (*entry == *name && std::strcmp(entry, name) == 0) || std::strcmp(entry, "*") == 0;
+}
+
+}  // namespace
+
 KSSerializerReadStream::~KSSerializerReadStream() {
     for (KSStreamElement* element : m_elements) delete element;
 }
@@ -14,10 +22,14 @@ KSStreamElement* KSSerializerReadStream::getElementInfo(const char* name) {
     if (m_handlers.empty() || !name) return nullptr;
     const HandlerInfo& top = m_handlers.back();
     for (const KSScope* scope : top.scopes)
-        for (const KSScope* entry = scope; entry->name; ++entry)
-            if (entry->attributeToken == 0 &&
-                (std::strcmp(entry->name, name) == 0 || std::strcmp(entry->name, "*") == 0))
-                return new KSStreamElement(entry->elementToken, scope, top.handler);
+        for (const KSScope* entry = scope; entry->name; ++entry) {
+            if (entry->attributeToken != 0 || !claims(entry->name, name)) continue;
+            if (!m_spare) return new KSStreamElement(entry->elementToken, scope, top.handler);
+            m_spare->m_token = entry->elementToken;
+            m_spare->m_scope = scope;
+            m_spare->m_handler = top.handler;
+            return m_spare.release();
+        }
     return nullptr;
 }
 
@@ -60,7 +72,8 @@ void KSSerializerReadStream::popElement() {
     if (element->m_handlerCount)  // no record may name an element that is gone
         for (HandlerInfo& info : m_handlers)
             if (info.element == element) info.element = nullptr;
-    delete element;
+    element->recycle();
+    m_spare.reset(element);
 }
 
 bool KSSerializerReadStream::processElement(KSStreamElement& element) {

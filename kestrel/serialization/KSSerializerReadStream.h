@@ -8,6 +8,7 @@
 #include <kestrel/serialization/KSStreamElement.h>
 #include <kestrel/serialization/KSUUID.h>
 
+#include <memory>
 #include <vector>
 
 /// The reading side of the serializer: a concrete reader feeds it elements as it meets them, and each is
@@ -115,4 +116,5 @@ private:
 
     std::vector<HandlerInfo> m_handlers;
     std::vector<KSStreamElement*> m_elements;
+    std::unique_ptr<KSStreamElement> m_spare;  // an empty one, for the next that begins
 };

@@ -1,26 +1,21 @@
 #include <kestrel/serialization/KSStreamElement.h>
 
 #include <kestrel/foundation/detail/NumberText.h>
+#include <kestrel/foundation/detail/StringUtf8.h>
 #include <kestrel/platform/detail/XmlReferences.h>
+#include <kestrel/platform/detail/XmlTokenizer.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 #include <optional>
 #include <utility>
 
 using kestrel::detail::readNumber;
 using kestrel::detail::skipBlanks;
+using kestrel::detail::stringFromUtf8;
 
 namespace {
-
-KSString stringFromUtf8(std::string_view utf8) {
-    CFStringRef text =
-        CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(utf8.data()),
-                                static_cast<CFIndex>(utf8.size()), kCFStringEncodingUTF8, false);
-    KSString string(text);
-    CFRelease(text);
-    return string;
-}
 
 std::string utf8FromString(const KSString& string) {
     char* text = string.createUTF8Str();
@@ -29,17 +24,16 @@ std::string utf8FromString(const KSString& string) {
     return utf8;
 }
 
-// Whether a scope's attribute entry names this attribute. Names that are longer than 127 characters, or not
-// ASCII, belong to no scope.
-bool namesAttribute(const KSScope& entry, std::string_view name) {
+// Whether a scope's attribute entry has this name.
+bool names(const KSScope& entry, std::string_view name) {
     const char* expected = entry.name;
-    int bits = 0;
-    for (const char c : name) {
+    for (const char c : name)
         if (*expected++ != c) return false;
-        bits |= c;
-    }
-    return *expected == '\0' && (bits & 0x80) == 0 && name.size() <= 127;
+    return *expected == '\0';
 }
+
+// Names that are longer, or not ASCII, belong to no scope.
+constexpr std::size_t longestAttributeName = 127;
 
 std::optional<KSUUID> parseIdentifier(std::string_view text) {
     const std::string digits(text.substr(0, 32));
@@ -52,6 +46,20 @@ KSUUID* newIdentifier(const std::optional<KSUUID>& identifier) {
 }
 
 }  // namespace
+
+KSStreamElement::KSStreamElement(unsigned int token, const KSScope* scope, KSSerializer* handler)
+    : m_token(token), m_scope(scope), m_handler(handler) {}
+
+KSStreamElement::~KSStreamElement() = default;
+
+// As a new element, but for the memory of the attributes.
+void KSStreamElement::recycle() {
+    std::vector<Slice> slices = std::move(m_slices);
+    slices.clear();
+    this->~KSStreamElement();
+    new (this) KSStreamElement(0, nullptr, nullptr);
+    m_slices = std::move(slices);
+}
 
 const KSString& KSStreamElement::getValue() const {
     if (!m_valueMade) {
@@ -69,9 +77,12 @@ void KSStreamElement::addAttribute(const char* name, CFStringRef value) {
 
 void KSStreamElement::addAttribute(const char* name, const KSString& value) {
     if (!name || !m_scope) return;
+    const std::string_view text(name);
+    if (text.size() > longestAttributeName ||
+        std::any_of(text.begin(), text.end(), [](char c) { return c & 0x80; }))
+        return;
     for (const KSScope* entry = m_scope; entry->name; ++entry) {
-        if (entry->elementToken != m_token || entry->attributeToken == 0 || !namesAttribute(*entry, name))
-            continue;
+        if (entry->elementToken != m_token || entry->attributeToken == 0 || !names(*entry, name)) continue;
         if (Text* known = const_cast<Text*>(findText(entry->attributeToken)))
             known->value = value;
         else
@@ -85,16 +96,26 @@ const KSStreamElement::Text* KSStreamElement::findText(std::uint32_t token) cons
     return nullptr;
 }
 
+// The only attribute of this name: no tag has two. Most are asked for in the order in which they stand.
+inline const KSStreamElement::Slice* KSStreamElement::findNamed(const KSScope& entry) const {
+    const Slice* slice = m_slices.data() + m_nextSlice;
+    const Slice* const end = m_slices.data() + m_slices.size();
+    if (slice == end || !names(entry, slice->name))
+        slice =
+            std::find_if(m_slices.data(), end, [&](const Slice& other) { return names(entry, other.name); });
+    if (slice == end || slice->hasWideName || slice->name.size() > longestAttributeName) return nullptr;
+    m_nextSlice = static_cast<std::size_t>(slice - m_slices.data()) + 1;
+    return slice;
+}
+
 // The last attribute of the document that any of the scope's entries for this token names.
 const KSStreamElement::Slice* KSStreamElement::findSlice(std::uint32_t token) const {
     if (!m_scope || token == 0) return nullptr;
     const Slice* found = nullptr;
     for (const KSScope* entry = m_scope; entry->name; ++entry) {
         if (entry->attributeToken != token || entry->elementToken != m_token) continue;
-        const auto slice = std::find_if(m_slices.begin(), m_slices.end(), [&](const Slice& candidate) {
-            return namesAttribute(*entry, candidate.name);
-        });
-        if (slice != m_slices.end() && (!found || found < &*slice)) found = &*slice;
+        const Slice* named = findNamed(*entry);
+        if (named && (!found || found < named)) found = named;
     }
     return found;
 }
@@ -105,9 +126,9 @@ bool KSStreamElement::useAttribute(std::uint32_t token, Use use) const {
     if (const Text* text = findText(token))
         use(utf8FromString(text->value));
     else if (const Slice* slice = findSlice(token); slice && slice->hasReferences)
-        use(kestrel::detail::unescapeXml(slice->utf8));
+        use(kestrel::detail::unescapeXml(slice->value));
     else if (slice)
-        use(slice->utf8);
+        use(slice->value);
     else
         return false;
     return true;

@@ -14,6 +14,10 @@
 #include <string_view>
 #include <vector>
 
+namespace kestrel::detail {
+struct XmlAttribute;
+}
+
 /// One element being read: its token, the attributes that its scope knows, and its text, with typed
 /// readers for both.
 ///
@@ -37,8 +41,8 @@
 ///         if (!element.getAsDouble(&entry)) return false;
 class KESTREL_API KSStreamElement {
 public:
-    KSStreamElement(unsigned int token, const KSScope* scope, KSSerializer* handler)
-        : m_token(token), m_scope(scope), m_handler(handler) {}
+    KSStreamElement(unsigned int token, const KSScope* scope, KSSerializer* handler);
+    ~KSStreamElement();
     KSStreamElement(const KSStreamElement&) = delete;
     KSStreamElement& operator=(const KSStreamElement&) = delete;
 
@@ -97,19 +101,17 @@ private:
     friend class KSXMLReadStream;
 
     /// An attribute as it stands in the document. Which token it has is found out when it is asked for.
-    struct Slice {
-        std::string_view name;
-        std::string_view utf8;
-        bool hasReferences;
-    };
+    using Slice = kestrel::detail::XmlAttribute;
     /// An attribute that addAttribute set.
     struct Text {
         std::uint32_t token;
         KSString value;
     };
 
+    void recycle();
     const Text* findText(std::uint32_t token) const;
     const Slice* findSlice(std::uint32_t token) const;
+    const Slice* findNamed(const KSScope& entry) const;
     void appendSlice(std::string_view utf8, bool newLine);
     void appendText(std::string_view utf8);
     template <typename Number>
@@ -125,7 +127,8 @@ private:
     const KSScope* m_scope;
     KSSerializer* m_handler;
     std::vector<Slice> m_slices;
-    std::vector<Text> m_texts;  // they replace slices
+    mutable std::size_t m_nextSlice = 0;  // behind the one that was asked for last
+    std::vector<Text> m_texts;            // they replace slices
     // The text in UTF-8: a slice of the document until something is appended to it.
     std::string_view m_utf8;
     std::string m_ownUtf8;

@@ -8,7 +8,6 @@
 #include <array>
 #include <cstdio>
 
-using kestrel::detail::XmlAttribute;
 using kestrel::detail::XmlEvent;
 using kestrel::detail::XmlTokenizer;
 
@@ -48,7 +47,7 @@ class KSXMLReadStream::Reader {
 public:
     explicit Reader(KSXMLReadStream& stream) : m_stream(stream) {}
 
-    bool startElement(const XmlTokenizer& tokens) {
+    bool startElement(XmlTokenizer& tokens) {
         KSStreamElement* parent = m_stream.currentElement();
         if (parent && !parent->isProcessed()) m_stream.processElement(*parent);
 
@@ -59,9 +58,7 @@ public:
         KSStreamElement* element = m_stream.getElementInfo(name.data());
         if (!element) return false;
         m_stream.pushElement(element);
-        element->m_slices.reserve(tokens.getAttributes().size());
-        for (const XmlAttribute& attribute : tokens.getAttributes())
-            element->m_slices.push_back({attribute.name, attribute.value, attribute.hasReferences});
+        tokens.swapAttributes(element->m_slices);
         return true;
     }
 
