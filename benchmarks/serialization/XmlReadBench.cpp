@@ -101,12 +101,17 @@ public:
     }
 };
 
+// The document as the object that a reader shares. The others, too, are given theirs in memory.
+CFDataRef getDocumentData(const std::string& document) {
+    static const CFDataRef data =
+        CFDataCreate(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(document.data()),
+                     static_cast<CFIndex>(document.size()));
+    return data;
+}
+
 XmlReadResult readWithKestrel(const std::string& document) {
-    CFDataRef data = CFDataCreate(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(document.data()),
-                                  static_cast<CFIndex>(document.size()));
     Layers layers;
-    KSXMLReadStream stream(data, KSURL());
-    CFRelease(data);
+    KSXMLReadStream stream(getDocumentData(document), KSURL());
     stream.pushHandler(&layers);
     stream.parse();
     return layers.result;
@@ -114,8 +119,7 @@ XmlReadResult readWithKestrel(const std::string& document) {
 
 // The same through the callbacks of the public parser: what nodes of text objects cost.
 XmlReadResult parseWithCallbacks(const std::string& document) {
-    CFDataRef data = CFDataCreate(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(document.data()),
-                                  static_cast<CFIndex>(document.size()));
+    CFDataRef data = getDocumentData(document);
     XmlReadResult result;
     CFXMLParserCallBacks callbacks{};
     callbacks.createXMLStructure = [](CFXMLParserRef, CFXMLNodeRef node, void* info) -> void* {
@@ -131,7 +135,6 @@ XmlReadResult parseWithCallbacks(const std::string& document) {
         CFXMLParserCreate(kCFAllocatorDefault, data, nullptr, kCFXMLParserNoOptions, 1, &callbacks, &context);
     CFXMLParserParse(parser);
     CFRelease(parser);
-    CFRelease(data);
     return result;
 }
 
