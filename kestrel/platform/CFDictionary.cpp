@@ -1,6 +1,5 @@
 #include <kestrel/platform/CFDictionary.h>
 
-
 #include <string>
 #include <utility>
 #include <vector>
