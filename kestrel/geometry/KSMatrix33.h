@@ -5,10 +5,12 @@
 #include <kestrel/geometry/KSVector3.h>
 #include <kestrel/geometry/detail/Arithmetic.h>
 #include <kestrel/geometry/detail/GuardedTangent.h>
+#include <kestrel/geometry/detail/Pair.h>
 #include <kestrel/geometry/detail/Rotation.h>
 #include <kestrel/platform/Export.h>
 
 #include <span>
+#include <type_traits>
 
 /// A 3x3 matrix of doubles, for affine and projective transforms of points in the plane.
 ///
@@ -141,6 +143,8 @@ public:
     void decompose(double* tx, double* ty, double* rotation, double* sx, double* sy, double* shear) const;
 
 private:
+    template <class Pair>
+    constexpr KSMatrix33 timesBy(const KSMatrix33& b) const noexcept;
     constexpr KSMatrix33 over(double f) const noexcept {
         return {m00 / f, m01 / f, m02 / f, m10 / f, m11 / f, m12 / f, m20 / f, m21 / f, m22 / f};
     }
@@ -157,16 +161,24 @@ constexpr bool KSMatrix33::invert() noexcept {
     return true;
 }
 
+template <class Pair>
+constexpr KSMatrix33 KSMatrix33::timesBy(const KSMatrix33& b) const noexcept {
+    const Pair low0(b.m00, b.m01), low1(b.m10, b.m11), low2(b.m20, b.m21);
+    KSMatrix33 result(*this);
+    const auto row = [&](double a0, double a1, double a2, double& m0, double& m1, double& m2) {
+        const Pair low = Pair(a0, a0) * low0 + Pair(a1, a1) * low1 + Pair(a2, a2) * low2;
+        m0 = low.first(), m1 = low.second();
+        m2 = kestrel::detail::dot(a0, a1, a2, b.m02, b.m12, b.m22);
+    };
+    row(m00, m01, m02, result.m00, result.m01, result.m02);
+    row(m10, m11, m12, result.m10, result.m11, result.m12);
+    row(m20, m21, m22, result.m20, result.m21, result.m22);
+    return result;
+}
+
 constexpr KSMatrix33 KSMatrix33::operator*(const KSMatrix33& b) const noexcept {
-    return KSMatrix33(m00 * b.m00 + m01 * b.m10 + m02 * b.m20,  //
-                      m00 * b.m01 + m01 * b.m11 + m02 * b.m21,  //
-                      m00 * b.m02 + m01 * b.m12 + m02 * b.m22,  //
-                      m10 * b.m00 + m11 * b.m10 + m12 * b.m20,  //
-                      m10 * b.m01 + m11 * b.m11 + m12 * b.m21,  //
-                      m10 * b.m02 + m11 * b.m12 + m12 * b.m22,  //
-                      m20 * b.m00 + m21 * b.m10 + m22 * b.m20,  //
-                      m20 * b.m01 + m21 * b.m11 + m22 * b.m21,  //
-                      m20 * b.m02 + m21 * b.m12 + m22 * b.m22);
+    return std::is_constant_evaluated() ? timesBy<kestrel::detail::PlainPair>(b)
+                                        : timesBy<kestrel::detail::VectorPair>(b);
 }
 
 inline void KSMatrix33::setTransformation(double tx, double ty, double rotation, double sx, double sy,
