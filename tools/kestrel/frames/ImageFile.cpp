@@ -1,6 +1,7 @@
 #include "ImageFile.h"
 
 #include <Imath/half.h>
+#include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
 
 #include <algorithm>
@@ -143,21 +144,27 @@ void readRows(OIIO::ImageInput& input, KSBitmap& bitmap, OIIO::TypeDesc type, Co
     }
 }
 
-void writePixels(const std::string& temporary, const std::string& path, const KSBitmap& bitmap) {
+/// The bytes of the file; collected in memory, because not every writer notices that the disk is full.
+std::vector<unsigned char> encode(const std::string& path, const KSBitmap& bitmap) {
     const Depth& depth = depths[depthOfFormat(bitmap.getPixelFormat())];
     const int channels = fileFormatOf(path).hasAlpha ? 4 : 3;
-    auto output = OIIO::ImageOutput::create(temporary);
-    if (!output) throw ImageError(path + ": " + lastError());
+    std::vector<unsigned char> bytes;
+    OIIO::Filesystem::IOVecOutput memory(bytes);
+    auto output = OIIO::ImageOutput::create(path);
+    if (!output || !output->set_ioproxy(&memory)) throw ImageError(path + ": " + lastError());
     OIIO::ImageSpec spec(static_cast<int>(bitmap.getWidth()), static_cast<int>(bitmap.getHeight()), channels,
                          depth.type);
     if (channels == 4) spec.alpha_channel = 3;
     spec.attribute("oiio:UnassociatedAlpha", 1);
     spec.attribute("oiio:RawColor", 1);
     spec.attribute("Software", "kestrel");
+    // Otherwise writers put the present time there, and equal pictures would be files that differ.
+    spec.attribute("DateTime", "1970:01:01 00:00:00");
     const auto stride = static_cast<OIIO::stride_t>(4 * bitmap.getBitsPerChannel() / 8);
-    if (!output->open(temporary, spec) || !output->write_image(depth.type, bitmap.getData(), stride) ||
+    if (!output->open(path, spec) || !output->write_image(depth.type, bitmap.getData(), stride) ||
         !output->close())
         throw ImageError(path + ": " + output->geterror());
+    return bytes;
 }
 
 }  // namespace
@@ -209,7 +216,8 @@ BitmapPointer readImage(const std::string& path) {
 
 void writeImage(const std::string& path, const KSBitmap& bitmap) {
     AtomicFile file(path);
-    writePixels(file.getPath(), path, bitmap);
+    const std::vector<unsigned char> bytes = encode(path, bitmap);
+    file.write(bytes.data(), bytes.size());
     file.commit();
 }
 

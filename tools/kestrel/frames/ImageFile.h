@@ -42,7 +42,7 @@ BitmapPointer readImage(const std::string& path);
 
 /// Writes an RGBA bitmap (formats 0, 4, 8, 9) in its depth; alpha is dropped for formats that have none. The
 /// file appears under its name only when it is complete and on the disk; until then it is a hidden file
-/// beside it.
+/// beside it. Equal bitmaps give equal files.
 void writeImage(const std::string& path, const KSBitmap& bitmap);
 
 /// The depth in which a file of this name holds a picture best: wanted itself, or the nearest that the format
