@@ -205,7 +205,7 @@ int make(const Options& options) {
 int fingerprintFile(const std::string& file, const Options& options, Output& out) {
     const Stats stats;
     KSHashWriteStream hash;
-    SceneWriter writer(hash);
+    SceneWriter writer(hash, false);
     const auto reader = openOrComplain(file, writer, toStandardError(file));
     if (!reader) return unreadable;
     if (!reader->readDocument() || reader->hasFaults()) return faulty;
@@ -301,11 +301,11 @@ void addScene(CLI::App& app) {
     copying->add_option("IN", options->in, "the document to read; - for standard input")->required();
     copying->add_option("OUT", options->out, "the document to write; - for standard output")->required();
 
-    CLI::App* fingerprints =
-        add(*scene, "fingerprint", "Print a digest of each document's values; names do not count",
-            "  kestrel scene fingerprint old.xml new.xml\n"
-            "  kestrel scene fingerprint --stats large.xml",
-            fingerprint, options);
+    CLI::App* fingerprints = add(
+        *scene, "fingerprint", "Print a digest of each document's values; names and thumbnails do not count",
+        "  kestrel scene fingerprint old.xml new.xml\n"
+        "  kestrel scene fingerprint --stats large.xml",
+        fingerprint, options);
     fingerprints->add_option("FILE", options->files, "documents; - for standard input")->required();
     for (CLI::App* command : {copying, fingerprints}) {
         command->add_flag("--stats", options->stats, "print time and peak memory on standard error");

@@ -20,6 +20,9 @@ namespace {
 float clampShare(float value) { return std::min(std::max(value, 0.0f), 1.0f); }
 
 // ---- separable functions: one number of the backdrop, one of the source
+//
+// Quotients are formed before it is known whether they are wanted, so that the compiler can turn each function
+// into vectors without branches.
 
 struct Multiply {
     static float blend(float b, float s) { return b * s; }
@@ -35,19 +38,20 @@ struct Lighten {
 };
 struct ColorDodge {
     static float blend(float b, float s) {
-        if (b <= 0) return 0;
-        return s >= 1 ? 1 : std::min(1.0f, b / (1 - s));
+        const float quotient = b / (1 - s);
+        return b <= 0 ? 0 : s >= 1 ? 1 : std::min(1.0f, quotient);
     }
 };
 struct ColorBurn {
     static float blend(float b, float s) {
-        if (b >= 1) return 1;
-        return s <= 0 ? 0 : 1 - std::min(1.0f, (1 - b) / s);
+        const float quotient = (1 - b) / s;
+        return b >= 1 ? 1 : s <= 0 ? 0 : 1 - std::min(1.0f, quotient);
     }
 };
 struct HardLight {
     static float blend(float b, float s) {
-        return s <= 0.5f ? Multiply::blend(b, 2 * s) : Screen::blend(b, 2 * s - 1);
+        const float product = Multiply::blend(b, 2 * s), screen = Screen::blend(b, 2 * s - 1);
+        return s <= 0.5f ? product : screen;
     }
 };
 struct Overlay {
@@ -55,9 +59,10 @@ struct Overlay {
 };
 struct SoftLight {
     static float blend(float b, float s) {
-        if (s <= 0.5f) return b - (1 - 2 * s) * b * (1 - b);
-        const float d = b <= 0.25f ? ((16 * b - 12) * b + 4) * b : std::sqrt(b);
-        return b + (2 * s - 1) * (d - b);
+        const float root = std::sqrt(b), polynomial = ((16 * b - 12) * b + 4) * b;
+        const float darker = b - (1 - 2 * s) * b * (1 - b);
+        const float lighter = b + (2 * s - 1) * ((b <= 0.25f ? polynomial : root) - b);
+        return s <= 0.5f ? darker : lighter;
     }
 };
 struct Difference {
@@ -77,13 +82,15 @@ struct LinearLight {
 };
 struct VividLight {
     static float blend(float b, float s) {
-        if (s <= 0) return 0;
-        if (s >= 1) return 1;
-        return s < 0.5f ? 1 - std::min(1.0f, (1 - b) / (2 * s)) : std::min(1.0f, b / (2 * (1 - s)));
+        const float burn = 1 - std::min(1.0f, (1 - b) / (2 * s)), dodge = std::min(1.0f, b / (2 * (1 - s)));
+        return s <= 0 ? 0 : s >= 1 ? 1 : s < 0.5f ? burn : dodge;
     }
 };
 struct PinLight {
-    static float blend(float b, float s) { return s < 0.5f ? std::min(b, 2 * s) : std::max(b, 2 * s - 1); }
+    static float blend(float b, float s) {
+        const float low = std::min(b, 2 * s), high = std::max(b, 2 * s - 1);
+        return s < 0.5f ? low : high;
+    }
 };
 struct HardMix {
     static float blend(float b, float s) { return b + s < 1 ? 0 : 1; }
@@ -96,8 +103,8 @@ struct Subtract {  // shared: the source is taken from the backdrop
 };
 struct Divide {  // shared: the backdrop is divided by the source; nothing stays black
     static float blend(float b, float s) {
-        if (b <= 0) return 0;
-        return b >= s ? 1 : b / s;
+        const float quotient = b / s;
+        return b <= 0 ? 0 : b >= s ? 1 : quotient;
     }
 };
 
@@ -157,11 +164,37 @@ struct LighterColor {  // shared
 
 // ---- rows
 
-/// Source over backdrop: B(cb, cs) = cs, where the general formula needs no division.
-void normalRow(float* backdrop, const float* source, std::size_t pixels, float opacity) {
-    for (std::size_t i = 0; i < pixels; ++i, backdrop += 4, source += 4) {
-        const float keep = 1 - source[3] * opacity;
-        for (int c = 0; c < 4; ++c) backdrop[c] = source[c] * opacity + backdrop[c] * keep;
+/// What a premultiplied number was before, within 0 to 1.
+float straight(float number, float alpha) {
+    const float quotient = number / alpha;
+    return alpha > 0 ? clampShare(quotient) : 0;
+}
+
+/// A number of the result; both its colours have gone through B.
+float composite(float backdrop, float under, float source, float over, float opacity, float mixed) {
+    const float alpha = over * opacity;
+    return (1 - under) * opacity * source + (1 - alpha) * backdrop + alpha * under * mixed;
+}
+
+/// Source over backdrop: B(cb, cs) = cs, where the general formula needs no division. Also what every mode does
+/// to alpha.
+void overChannel(float* __restrict backdrop, const float* __restrict source, const float* __restrict over,
+                 std::size_t pixels, float opacity) {
+    for (std::size_t i = 0; i < pixels; ++i)
+        backdrop[i] = source[i] * opacity + backdrop[i] * (1 - over[i] * opacity);
+}
+
+void normalRow(Row<float> backdrop, Row<const float> source, std::size_t pixels, float opacity) {
+    for (std::size_t c = 0; c < 4; ++c)
+        overChannel(backdrop.channel(c), source.channel(c), source.channel(3), pixels, opacity);
+}
+
+template <class Formula>
+void formulaChannel(float* __restrict backdrop, const float* __restrict under, const float* __restrict source,
+                    const float* __restrict over, std::size_t pixels, float opacity) {
+    for (std::size_t i = 0; i < pixels; ++i) {
+        const float mixed = Formula::blend(straight(backdrop[i], under[i]), straight(source[i], over[i]));
+        backdrop[i] = composite(backdrop[i], under[i], source[i], over[i], opacity, mixed);
     }
 }
 
@@ -171,25 +204,27 @@ constexpr bool isSeparable = requires {
 };
 
 template <class Formula>
-void formulaRow(float* backdrop, const float* source, std::size_t pixels, float opacity) {
-    for (std::size_t i = 0; i < pixels; ++i, backdrop += 4, source += 4) {
-        const float alpha = source[3] * opacity, under = backdrop[3];
-        if (alpha <= 0) continue;
-        const float sourceScale = 1 / source[3], backdropScale = under > 0 ? 1 / under : 0;
-        Color b, s, mixed;
-        for (std::size_t c = 0; c < 3; ++c) {
-            b[c] = clampShare(backdrop[c] * backdropScale);
-            s[c] = clampShare(source[c] * sourceScale);
-        }
-        if constexpr (isSeparable<Formula>)
-            for (std::size_t c = 0; c < 3; ++c) mixed[c] = Formula::blend(b[c], s[c]);
-        else
-            mixed = Formula::blend(b, s);
-        const float both = alpha * under, sourceOnly = (1 - under) * opacity, backdropOnly = 1 - alpha;
+void formulaRow(Row<float> backdrop, Row<const float> source, std::size_t pixels, float opacity) {
+    float* const under = backdrop.channel(3);
+    const float* const over = source.channel(3);
+    if constexpr (isSeparable<Formula>) {
         for (std::size_t c = 0; c < 3; ++c)
-            backdrop[c] = sourceOnly * source[c] + backdropOnly * backdrop[c] + both * mixed[c];
-        backdrop[3] = alpha + under - both;
+            formulaChannel<Formula>(backdrop.channel(c), under, source.channel(c), over, pixels, opacity);
+    } else {
+        for (std::size_t i = 0; i < pixels; ++i) {
+            Color b, s;
+            for (std::size_t c = 0; c < 3; ++c) {
+                b[c] = straight(backdrop.channel(c)[i], under[i]);
+                s[c] = straight(source.channel(c)[i], over[i]);
+            }
+            const Color mixed = Formula::blend(b, s);
+            for (std::size_t c = 0; c < 3; ++c) {
+                float& result = backdrop.channel(c)[i];
+                result = composite(result, under[i], source.channel(c)[i], over[i], opacity, mixed[c]);
+            }
+        }
     }
+    overChannel(under, over, over, pixels, opacity);
 }
 
 struct Entry {

@@ -2,11 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <vector>
 
 #include "../frames/Sheet.h"
-#include "BlendFormulas.h"
-#include "Placement.h"
 
 namespace kestrel::tools::render {
 
@@ -22,20 +19,19 @@ void burnIn(KSBitmap& frame, const std::string& text) {
     for (std::size_t i = 0; i < std::size_t{strip->getWidth()} * strip->getHeight(); ++i, pixel += 4)
         if (pixel[0] == 0) pixel[3] = 0.5f;
 
-    const auto width = static_cast<int>(frame.getWidth()), height = static_cast<int>(frame.getHeight());
-    KSMatrix33 place;
-    place.translate((width - static_cast<int>(strip->getWidth())) / 2,
-                    height - static_cast<int>(strip->getHeight() + 4 * scale));
-    const Placement placement(place, static_cast<int>(strip->getWidth()),
-                              static_cast<int>(strip->getHeight()), width, height);
-    const BlendRow blend = blendRow(KSBlendModeNormal);
-    std::vector<float> row(std::size_t{frame.getWidth()} * 4);
-    for (int y = placement.rows().begin; y < placement.rows().end; ++y) {
-        const Placement::Span span = placement.span(y);
-        placement.sample(reinterpret_cast<const float*>(strip->getData()), y, span, row.data());
-        blend(reinterpret_cast<float*>(frame.getData()) +
-                  (static_cast<std::size_t>(y) * frame.getWidth() + static_cast<std::size_t>(span.begin)) * 4,
-              row.data(), static_cast<std::size_t>(span.end - span.begin), 1);
+    const unsigned int width = std::min(frame.getWidth(), strip->getWidth());
+    const unsigned int left = (frame.getWidth() - width) / 2;
+    const unsigned int bottom = frame.getHeight() - std::min(frame.getHeight(), 4 * scale);
+    const unsigned int height = std::min(bottom, strip->getHeight());
+    for (unsigned int y = 0; y < height; ++y) {
+        const auto* from =
+            reinterpret_cast<const float*>(strip->getData()) + std::size_t{y} * strip->getWidth() * 4;
+        auto* to = reinterpret_cast<float*>(frame.getData()) +
+                   (std::size_t{bottom - height + y} * frame.getWidth() + left) * 4;
+        for (std::size_t x = 0; x < width; ++x, from += 4, to += 4) {  // source over backdrop
+            for (int c = 0; c < 3; ++c) to[c] = from[c] * from[3] + to[c] * (1 - from[3]);
+            to[3] = from[3] + to[3] * (1 - from[3]);
+        }
     }
 }
 

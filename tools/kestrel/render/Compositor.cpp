@@ -91,62 +91,65 @@ public:
     }
 
 private:
-    /// What one thread needs besides the frame.
+    /// What one thread needs besides the frame: rows of samples, channel by channel.
     struct Scratch {
         Scratch(const Canvas& canvas, std::size_t layers)
-            : row(sizeOf(canvas.width * canvas.samples) * channels),
-              samples(canvas.samples > 1 ? row.size() * sizeOf(bandHeight * canvas.samples) : 0),
+            : width(sizeOf(canvas.width * canvas.samples)),
+              source(width * channels),
+              band(source.size() * sizeOf(bandHeight * canvas.samples)),
               times(layers) {}
-        std::vector<float> row, samples;
+
+        Row<float> sourceRow() { return {source.data(), width}; }
+        Row<float> bandRow(int row) { return {band.data() + sizeOf(row) * source.size(), width}; }
+
+        std::size_t width;
+        std::vector<float> source, band;
         LayerTimes times;
     };
 
     void paint(int top, int height, Scratch& scratch) {
-        const int perPixel = m_canvas.samples;
-        float* const frameRows = m_pixels + sizeOf(top) * sizeOf(m_canvas.width) * channels;
-        if (perPixel > 1) std::fill(scratch.samples.begin(), scratch.samples.end(), 0.0f);
-        float* const rows = perPixel > 1 ? scratch.samples.data() : frameRows;
-        for (const Plane& plane : m_planes) paint(plane, top * perPixel, height * perPixel, rows, scratch);
-        if (perPixel > 1) average(scratch.samples.data(), height, frameRows);
+        const int side = m_canvas.samples;
+        std::fill(scratch.band.begin(), scratch.band.end(), 0.0f);
+        for (const Plane& plane : m_planes) paint(plane, top * side, height * side, scratch);
+        for (int y = 0; y < height; ++y)
+            average(y, scratch, m_pixels + sizeOf(top + y) * sizeOf(m_canvas.width) * channels);
     }
 
-    void paint(const Plane& plane, int top, int height, float* rows, Scratch& scratch) const {
+    /// Lays a layer over the band whose first row of samples is top.
+    void paint(const Plane& plane, int top, int height, Scratch& scratch) const {
         const int first = std::max(top, plane.placement.rows().begin);
         const int end = std::min(top + height, plane.placement.rows().end);
         if (first >= end) return;
         const auto start = Clock::now();
-        int filled = 0;  // pixels of the scratch row that hold the colour
+        const Row<float> source = scratch.sourceRow();
+        if (!plane.picture)
+            for (std::size_t c = 0; c < channels; ++c)
+                std::fill_n(source.channel(c), scratch.width, plane.color[c]);
         for (int row = first; row < end; ++row) {
             const Placement::Span span = plane.placement.span(row);
             if (span.begin >= span.end) continue;
-            const int count = span.end - span.begin;
-            if (plane.picture) {
-                const auto* source = reinterpret_cast<const float*>(plane.picture->getData());
-                plane.placement.sample(source, row, span, scratch.row.data());
-            } else {
-                for (; filled < count; ++filled)
-                    std::copy(plane.color.begin(), plane.color.end(),
-                              scratch.row.data() + sizeOf(filled) * channels);
-            }
-            const std::size_t place =
-                sizeOf(row - top) * sizeOf(m_canvas.width * m_canvas.samples) + sizeOf(span.begin);
-            plane.blend(rows + place * channels, scratch.row.data(), sizeOf(count), plane.opacity);
+            if (plane.picture)
+                plane.placement.sample(reinterpret_cast<const float*>(plane.picture->getData()), row, span,
+                                       source);
+            const Row<float> band = scratch.bandRow(row - top);
+            plane.blend({band.data + span.begin, band.stride}, {source.data, source.stride},
+                        sizeOf(span.end - span.begin), plane.opacity);
         }
         scratch.times[plane.layer] += secondsSince(start);
     }
 
-    /// Each pixel becomes the mean of its samples.
-    void average(const float* samples, int height, float* frame) const {
-        const std::size_t side = sizeOf(m_canvas.samples), stride = sizeOf(m_canvas.width) * side * channels;
+    /// Each pixel of a row becomes the mean of its samples.
+    void average(int y, Scratch& scratch, float* frame) const {
+        const int side = m_canvas.samples;
         const float share = 1.0f / static_cast<float>(side * side);
-        for (int y = 0; y < height; ++y, samples += side * stride)
-            for (int x = 0; x < m_canvas.width; ++x, frame += channels) {
-                float sum[channels] = {};
-                for (std::size_t i = 0; i < side; ++i) {
-                    const float* sample = samples + i * stride + sizeOf(x) * side * channels;
-                    for (std::size_t j = 0; j < side * channels; ++j) sum[j % channels] += sample[j];
+        for (std::size_t c = 0; c < channels; ++c)
+            for (int x = 0; x < m_canvas.width; ++x) {
+                float sum = 0;
+                for (int i = 0; i < side; ++i) {
+                    const float* samples = scratch.bandRow(y * side + i).channel(c) + sizeOf(x * side);
+                    for (int j = 0; j < side; ++j) sum += samples[j];
                 }
-                for (std::size_t c = 0; c < channels; ++c) frame[c] = sum[c] * share;
+                frame[sizeOf(x) * channels + c] = sum * share;
             }
     }
 

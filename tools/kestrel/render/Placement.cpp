@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstring>
 
 namespace kestrel::tools::render {
 namespace {
@@ -64,22 +63,15 @@ Placement::Span Placement::span(int row) const {
     return span;
 }
 
-void Placement::sample(const float* source, int row, Span span, float* target) const {
+void Placement::sample(const float* source, int row, Span span, Row<float> target) const {
     constexpr std::size_t channels = 4;
     const Line at = line(row);
-    const auto pixel = [&](double x, double y) {
-        return source + (static_cast<std::size_t>(y) * static_cast<std::size_t>(m_width) +
-                         static_cast<std::size_t>(x)) *
-                            channels;
-    };
-    if (at.stepX == 1 && at.stepY == 0) {
-        std::memcpy(target, pixel(span.begin + at.startX, at.startY),
-                    static_cast<std::size_t>(span.end - span.begin) * channels * sizeof *target);
-        return;
+    for (int column = span.begin; column < span.end; ++column, ++target.data) {
+        const auto x = static_cast<std::size_t>(column * at.stepX + at.startX);
+        const auto y = static_cast<std::size_t>(column * at.stepY + at.startY);
+        const float* const pixel = source + (y * static_cast<std::size_t>(m_width) + x) * channels;
+        for (std::size_t c = 0; c < channels; ++c) target.channel(c)[0] = pixel[c];
     }
-    for (int column = span.begin; column < span.end; ++column, target += channels)
-        std::memcpy(target, pixel(column * at.stepX + at.startX, column * at.stepY + at.startY),
-                    channels * sizeof *target);
 }
 
 }  // namespace kestrel::tools::render

@@ -3,6 +3,8 @@
 
 #include <kestrel/geometry/KSMatrix33.h>
 
+#include "BlendFormulas.h"
+
 namespace kestrel::tools::render {
 
 /// A source of some size under an affine transform, seen from the canvas: each canvas pixel takes the source
@@ -24,8 +26,8 @@ public:
     Span rows() const { return m_rows; }
     /// The pixels of a row that lie on the source.
     Span span(int row) const;
-    /// Fetches the samples of a span of four floats each.
-    void sample(const float* source, int row, Span span, float* target) const;
+    /// Fetches the samples of a span from a picture of four floats a pixel.
+    void sample(const float* source, int row, Span span, Row<float> target) const;
 
 private:
     /// The source coordinates of a pixel's centre are column * step + start.

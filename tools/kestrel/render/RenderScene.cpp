@@ -32,6 +32,11 @@ AlphaKind alphaKind(const std::string& name) {
                                    : AlphaKind::straight;
 }
 
+/// As the layer menu has it, at the mode's place there.
+std::string nameOf(KSBlendMode mode) {
+    return utf8(KSBlend::modeName(static_cast<KSBlendMode>(KSBlend::layerBlendModeToIndex(mode)), true));
+}
+
 KSColor::Type modelOf(const scene::Solid& solid) {
     std::string name = utf8(solid.model);
     for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
@@ -138,8 +143,8 @@ void RenderScene::prepare() {
         const auto listed = KSBlend::getLayerBlendModes();
         if (!blendRow(mode) && mode != KSBlendModeSeparator &&
             std::find(listed.begin(), listed.end(), mode) != listed.end())
-            fault(read->line, layer->title() + "blend mode \"" + utf8(KSBlend::modeName(mode, false)) +
-                                  "\" has no formula that could be drawn");
+            fault(read->line,
+                  layer->title() + "blend mode \"" + nameOf(mode) + "\" has no formula that could be drawn");
         if ((read->source.empty() ? 0 : 1) + (read->solid ? 1 : 0) + (read->checker ? 1 : 0) > 1)
             fault(read->line, layer->title() + "more than one of source, solid and checker");
         if (const auto& transform = read->transform;
@@ -160,14 +165,13 @@ void RenderScene::prepareSource(Layer& layer) {
         const std::string path = pathOf(layer.object.source);
         if (identity(path) == identity(m_options.project))
             throw std::runtime_error(path + ": the project names itself as a source");
-        auto& files = m_files[path];
-        if (!files) {
-            files = std::make_shared<SourceFiles>(path, m_options.missing);
+        if (!m_files.contains(path)) {
+            auto files = std::make_shared<SourceFiles>(path, m_options.missing);
             if (!files->isSequence()) readImageInfo(path);
+            m_files[path] = std::move(files);
         }
-        layer.files = files;
+        layer.files = m_files[path];
     } catch (const std::exception& error) {
-        m_files.erase("");
         fault(layer.object.line, layer.title() + error.what());
     }
 }

@@ -11,6 +11,7 @@ bool SceneWriter::project(Project& project) {
 }
 
 bool SceneWriter::composition(Composition& composition) {
+    if (!m_thumbnails) composition.thumbnail.reset();
     return attempt([&] { composition.write(m_out); });
 }
 

@@ -11,7 +11,9 @@ namespace kestrel::tools::scene {
 /// is kept from the reader, which ends, and is told by isGood.
 class SceneWriter final : public SceneVisitor {
 public:
-    explicit SceneWriter(KSSerializerWriteStream& out) : m_out(out) {}
+    /// @param thumbnails  whether they are written: they are no part of what a project means
+    explicit SceneWriter(KSSerializerWriteStream& out, bool thumbnails = true)
+        : m_out(out), m_thumbnails(thumbnails) {}
 
     bool project(Project& project) override;
     bool composition(Composition& composition) override;
@@ -23,6 +25,7 @@ private:
     bool attempt(const std::function<void()>& work);
 
     KSSerializerWriteStream& m_out;
+    const bool m_thumbnails;
     bool m_good = true;
 };
 
