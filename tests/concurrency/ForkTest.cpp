@@ -2,7 +2,6 @@
 #include "Helpers.h"
 
 #include <kestrel/concurrency/KSBarrier.h>
-#include <kestrel/concurrency/KSEvent.h>
 #include <kestrel/concurrency/KSMutex.h>
 #include <kestrel/concurrency/KSSemaphore.h>
 #include <kestrel/concurrency/KSWaitable.h>
@@ -24,8 +23,7 @@ bool worksAnew() {
         mutex.lock();
         ++counter;
         mutex.unlock();
-        event.lock();
-        event.raise();
+        raise(event);
         semaphore.wait();
         barrier.wait();
     });
@@ -58,8 +56,7 @@ TEST(Fork, AChildCanUseNewObjectsWhateverTheParentsThreadsWereDoing) {
     // The descriptors of an event are shared: what the child raises wakes the parent.
     const pid_t raiser = fork();
     if (raiser == 0) {
-        event.lock();
-        event.raise();
+        raise(event);
         _exit(0);
     }
     ASSERT_EQ(waitpid(raiser, &status, 0), raiser);

@@ -1,6 +1,9 @@
 // tests/concurrency/Helpers.h - threads whose state a test can see, and limits that end with a scope.
 #pragma once
 
+#include <kestrel/concurrency/KSEvent.h>
+#include <kestrel/concurrency/KSThread.h>
+
 #include <dirent.h>
 #include <pthread.h>
 #include <sys/resource.h>
@@ -15,8 +18,7 @@
 #include <set>
 #include <string>
 #include <thread>
-
-#include <kestrel/concurrency/KSThread.h>
+#include <utility>
 
 /// Runs a function on a KSThread and joins it at the end.
 class TestThread {
@@ -47,6 +49,15 @@ public:
         const int before = signalCount().load();
         sendSignal();
         while (!m_isOver && signalCount().load() == before) std::this_thread::yield();
+    }
+
+    /// Sends ten signals, each while the thread sleeps in a call; returns when it sleeps again.
+    void interruptTenTimes() const {
+        for (int i = 0; i < 10; ++i) {
+            waitUntilAsleep();
+            interrupt();
+        }
+        waitUntilAsleep();
     }
 
     static void installHandler() {
@@ -93,6 +104,16 @@ private:
     bool m_isJoined = false;
     KSThread m_thread;  // last: it uses the others
 };
+
+inline void raise(KSEvent& event) {
+    event.lock();
+    event.raise();
+}
+
+inline void lower(KSEvent& event) {
+    event.lock();
+    event.lower();
+}
 
 /// Sets the soft limit on open descriptors until the end of the scope.
 class DescriptorLimit {

@@ -46,16 +46,14 @@ TEST(KSEvent, HoldsOneByteWhileRaisedHoweverOftenItIsRaised) {
     const int descriptor = event.getWaitable().getDescriptor();
     for (int cycle = 0; cycle < 3; ++cycle) {
         for (int again = 0; again < 3; ++again) {
-            event.lock();
-            event.raise();
+            raise(event);
             int bytes = 0;
             ASSERT_EQ(ioctl(descriptor, FIONREAD, &bytes), 0);
             EXPECT_EQ(bytes, 1);
             EXPECT_EQ(event.wait(), 1);
         }
         for (int again = 0; again < 3; ++again) {
-            event.lock();
-            event.lower();
+            lower(event);
             EXPECT_FALSE(isReadable(descriptor));
         }
     }
@@ -83,10 +81,7 @@ TEST(KSEvent, WorksAboveDescriptor1024) {
     const ManyDescriptors many(1500);
     KSEvent event;
     ASSERT_GT(event.getWaitable().getDescriptor(), 1024);
-    TestThread raiser([&] {
-        event.lock();
-        event.raise();
-    });
+    TestThread raiser([&] { raise(event); });
     EXPECT_EQ(event.wait(), 1);
     KSWaitable::wait({event.getWaitable()});
 }
@@ -120,12 +115,10 @@ TEST(KSEvent, WithoutDescriptorsItStillLocksAndReturnsErrors) {
         KSEvent& event = *events.back();
         EXPECT_EQ(event.getWaitable().getDescriptor(), -1);
         for (int i = 0; i < 2; ++i) {
-            event.lock();
-            event.raise();
+            raise(event);
             EXPECT_EQ(event.wait(), -1);
             EXPECT_EQ(errno, EBADF);
-            event.lock();
-            event.lower();
+            lower(event);
         }
         KSWaitable::wait({event.getWaitable()});  // returns at once
     }
@@ -148,15 +141,12 @@ TEST(KSEvent, CancellingWhileTheLockIsHeldReleasesTheLock) {
     KSEvent event;
     TestThread thread([&] {
         pthread_cancel(pthread_self());  // takes effect at the next cancellation point
-        event.lock();
-        event.raise();
-        event.lock();
-        event.lower();
+        raise(event);
+        lower(event);
         event.wait();
     });
     thread.join();
-    event.lock();
-    event.raise();
+    raise(event);
     EXPECT_EQ(event.wait(), 1);
 }
 
@@ -164,23 +154,18 @@ TEST(KSEvent, PingPongsBetweenTwoThreads) {
     KSEvent ping, pong;
     const auto take = [](KSEvent& event) {
         event.wait();
-        event.lock();
-        event.lower();
-    };
-    const auto give = [](KSEvent& event) {
-        event.lock();
-        event.raise();
+        lower(event);
     };
     int ball = 0;
     TestThread other([&] {
         for (int i = 0; i < 2000; ++i) {
             take(ping);
             ++ball;
-            give(pong);
+            raise(pong);
         }
     });
     for (int i = 0; i < 2000; ++i) {
-        give(ping);
+        raise(ping);
         take(pong);
         ASSERT_EQ(ball, i + 1);
     }

@@ -69,11 +69,7 @@ TEST(KSConditionVariable, SignalWakesOneWaiterAndACancelledOneGivesTheMutexBack)
     cancelled.cancel();
     cancelled.join();
     TestThread::installHandler();
-    for (TestThread* thread : {&first, &second}) {
-        thread->waitUntilAsleep();
-        thread->interrupt();  // no ticket yet: it waits again
-        thread->waitUntilAsleep();
-    }
+    for (TestThread* thread : {&first, &second}) thread->interruptTenTimes();  // no ticket yet
     EXPECT_EQ(served, 0);
 
     const auto issue = [&] {
@@ -102,11 +98,7 @@ TEST(KSSemaphore, CountsAndBlocksAtZero) {
         two.wait();
         isThrough = true;
     });
-    for (int i = 0; i < 20; ++i) {  // a signal handler does not let it through
-        thread.waitUntilAsleep();
-        thread.interrupt();
-    }
-    thread.waitUntilAsleep();
+    thread.interruptTenTimes();  // a signal handler does not let it through
     EXPECT_FALSE(isThrough);
     two.signal();
     thread.join();
@@ -192,11 +184,8 @@ TEST(KSBarrier, ACancelledWaiterHasArrivedAndLeavesTheBarrierUsable) {
 
     TestThread::installHandler();
     TestThread second([&] { barrier->wait(); });
-    for (int i = 0; i < 20; ++i) {  // spurious wake-ups are no arrival
-        second.waitUntilAsleep();
-        second.interrupt();
-    }
-    barrier->wait();  // the third
+    second.interruptTenTimes();  // spurious wake-ups are no arrival
+    barrier->wait();             // the third
     second.join();
     const auto single = std::make_unique<KSBarrier>(1);
     for (int i = 0; i < 3; ++i) single->wait();

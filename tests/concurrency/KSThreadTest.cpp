@@ -36,11 +36,7 @@ TEST(KSThread, SignalsDoNotEndAWait) {
         KSThread([](void* waited) { static_cast<KSSemaphore*>(waited)->wait(); }, &gate).wait();
         isJoined = true;
     });
-    for (int i = 0; i < 10; ++i) {
-        joiner.waitUntilAsleep();
-        joiner.interrupt();
-    }
-    joiner.waitUntilAsleep();
+    joiner.interruptTenTimes();
     EXPECT_FALSE(isJoined);
     gate.signal();
     joiner.join();

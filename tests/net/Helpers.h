@@ -16,11 +16,3 @@ inline std::string textOf(const KSString& string) {
     const std::unique_ptr<char, decltype(&std::free)> text(string.createUTF8Str(), &std::free);
     return text ? text.get() : "";
 }
-
-/// Sends ten signals, each while the thread sleeps in a call.
-inline void interruptTenTimes(const TestThread& thread) {
-    for (int i = 0; i < 10; ++i) {
-        thread.waitUntilAsleep();
-        thread.interrupt();
-    }
-}

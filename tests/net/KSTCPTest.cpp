@@ -248,10 +248,10 @@ TEST(KSTCP, SignalsInterruptNoBlockingCall) {
         const std::unique_ptr<KSTCPStream> stream(listening.server.accept());
         if (stream) count = stream->read(got.data(), got.size());
     });
-    interruptTenTimes(receiver);  // in accept
+    receiver.interruptTenTimes();  // in accept
     KSTCPStream client;
     ASSERT_TRUE(client.open(listening.address()));
-    interruptTenTimes(receiver);  // in read
+    receiver.interruptTenTimes();  // in read
     const std::string sent(got.size(), 'k');
     unsigned long long sentCount = 0;
     TestThread sender([&] { sentCount = client.write(sent.data(), sent.size()); });
@@ -272,7 +272,7 @@ TEST(KSTCP, AWriteToAPeerThatReadsNothingGoesOnAfterSignals) {
     const std::string sent(16 << 20, 'k');  // more than the sockets hold
     unsigned long long count = 0;
     TestThread sender([&] { count = pair.client.write(sent.data(), sent.size()); });
-    interruptTenTimes(sender);
+    sender.interruptTenTimes();
     std::string got(sent.size(), '\0');
     EXPECT_EQ(pair.server->read(got.data(), got.size()), sent.size());
     sender.join();

@@ -92,7 +92,7 @@ TEST(KSUDPData, SignalsDoNotEndAReceiveAndCancellationDoes) {
     }
     unsigned long long count = 0;
     TestThread receiver([&] { count = b.data.recv(bytes, sizeof bytes, nullptr); });
-    interruptTenTimes(receiver);
+    receiver.interruptTenTimes();
     a.data.send("late", 4, b.address);
     receiver.join();
     EXPECT_EQ(count, 4u);
