@@ -44,12 +44,12 @@ bool readAll(int descriptor, char* bytes, std::size_t size) {
     return true;
 }
 
-/// One byte there and back, the other side on a thread of its own.
+/// One byte there and back, the other side on a thread of its own, on the same processor or on another.
 void pingPong(benchmark::State& state, bool raw) {
     Connection connection;
     KSTCPStream& peer = *connection.accepted;
     std::thread other([&] {
-        const Pinned pinned(1);
+        const Pinned pinned(state.range(0) - 1);
         char byte;
         if (raw) {
             const int descriptor = Connection::descriptor(peer);
@@ -126,8 +126,8 @@ void datagram(benchmark::State& state, bool raw) {
     if (!good) state.SkipWithError("a datagram was lost");
 }
 
-BENCHMARK_CAPTURE(pingPong, plain, true)->UseRealTime();
-BENCHMARK_CAPTURE(pingPong, kestrel, false)->UseRealTime();
+BENCHMARK_CAPTURE(pingPong, plain, true)->ArgName("cpus")->Arg(1)->Arg(2)->UseRealTime();
+BENCHMARK_CAPTURE(pingPong, kestrel, false)->ArgName("cpus")->Arg(1)->Arg(2)->UseRealTime();
 BENCHMARK_CAPTURE(bulk, plain, true)->UseRealTime();
 BENCHMARK_CAPTURE(bulk, kestrel, false)->UseRealTime();
 BENCHMARK_CAPTURE(datagram, plain, true);
