@@ -14,16 +14,12 @@
 namespace {
 
 // The numbers that the code speaks of and the names that stand in the document, once for writing and reading.
-enum Element : unsigned int { root = 1, layer, position };
+enum Element : unsigned int { root = 1, layer };
 enum Attribute : unsigned int { name = 1, opacity, x, y };
-constexpr KSScope scope[] = {{"zuml", root, 0},  // the root of every document
-                             {"layer", layer, 0},
-                             {"name", layer, name},
-                             {"opacity", layer, opacity},
-                             {"position", position, 0},
-                             {"x", position, x},
-                             {"y", position, y},
-                             {nullptr, 0, 0}};
+constexpr KSScope scope[] = {
+    {"zuml", root, 0},    // the root of every document
+    {"layer", layer, 0},  // an element, and its attributes
+    {"name", layer, name}, {"opacity", layer, opacity}, {"x", layer, x}, {"y", layer, y}, {nullptr, 0, 0}};
 
 struct Layer {
     KSString name;
@@ -40,10 +36,8 @@ public:
             out.startElement(layer);
             out.writeAttribute(name, each.name);
             out.writeAttribute(opacity, each.opacity);
-            out.startElement(position);
             out.writeAttribute(x, each.x);
             out.writeAttribute(y, each.y);
-            out.endElement();
             out.endElement();
         }
         out.popScope();
@@ -56,15 +50,11 @@ public:
         return true;
     }
     bool parseElement(KSSerializerReadStream&, KSStreamElement& element) override {
-        if (element.getToken() == layer) {
-            Layer& added = layers.emplace_back();
-            return element.getAttributeAsString(name, &added.name) &&
-                   element.getAttributeAsDouble(opacity, &added.opacity);
-        }
-        if (element.getToken() == position && !layers.empty())
-            return element.getAttributeAsDouble(x, &layers.back().x) &&
-                   element.getAttributeAsDouble(y, &layers.back().y);
-        return true;
+        if (element.getToken() != layer) return true;
+        Layer& added = layers.emplace_back();
+        return element.getAttributeAsString(name, &added.name) &&
+               element.getAttributeAsDouble(opacity, &added.opacity) &&
+               element.getAttributeAsDouble(x, &added.x) && element.getAttributeAsDouble(y, &added.y);
     }
     bool parseEnd(KSSerializerReadStream&) override { return true; }
 };
@@ -74,12 +64,6 @@ void save(Project& project, const KSURL& url) {
     KSXMLWriteStream out(file);
     project.writeBody(out, false, false);
     out.close();
-}
-
-bool load(Project& project, const KSURL& url) {
-    KSXMLReadStream in(url);
-    in.pushHandler(&project);
-    return in.parse();
 }
 
 }  // namespace
@@ -95,7 +79,9 @@ int main(int argc, char** argv) {
     } catch (const KSException_WriteError&) {
         return KSPrint("cannot write %s\n", argv[1]), 1;
     }
-    if (!load(loaded, url)) return KSPrint("cannot read %s\n", argv[1]), 1;
+    KSXMLReadStream in(url);
+    in.pushHandler(&loaded);
+    if (!in.parse()) return KSPrint("cannot read %s\n", argv[1]), 1;
 
     for (const Layer& each : loaded.layers) {
         const std::unique_ptr<char, decltype(&std::free)> text(each.name.createUTF8Str(), &std::free);

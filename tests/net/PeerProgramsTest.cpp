@@ -22,7 +22,7 @@ public:
         m_process = fork();
         if (m_process == 0) {
             dup2(ends[1], 1);
-            execl(KESTREL_BIN_DIR "/example_tcp_service", "tcp_service", "0", "60",
+            execl(KESTREL_BIN_DIR "/example_tcp_service", "tcp_service", "20000", "60",
                   static_cast<char*>(nullptr));
             _exit(127);
         }
