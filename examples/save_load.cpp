@@ -16,14 +16,13 @@ namespace {
 // The numbers that the code speaks of and the names that stand in the document, once for writing and reading.
 enum Element : unsigned int { root = 1, layer };
 enum Attribute : unsigned int { name = 1, opacity, x, y };
-constexpr KSScope scope[] = {
-    {"zuml", root, 0},            // the root of every document
-    {"layer", layer, 0},          // an element
-    {"name", layer, name},        // and its attributes
-    {"opacity", layer, opacity},  // 0 to 1
-    {"x", layer, x},              // pixels from the left
-    {"y", layer, y},              // and from the top
-    {nullptr, 0, 0}};
+constexpr KSScope scope[] = {{"zuml", root, 0},            // the root of every document
+                             {"layer", layer, 0},          // an element
+                             {"name", layer, name},        // and its attributes
+                             {"opacity", layer, opacity},  // 0 to 1
+                             {"x", layer, x},              // pixels from the left
+                             {"y", layer, y},              // and from the top
+                             {nullptr, 0, 0}};
 
 struct Layer {
     KSString name;
