@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -35,6 +36,8 @@ constexpr std::size_t smallestLabelled = 200 * 1024;
 constexpr std::size_t mostLabelled = 8192;  // each label is a mapping, and the system limits their number
 constexpr std::size_t smallestHuge = 2 * 1024 * 1024;
 constexpr double idleSeconds = 5;
+
+std::atomic<RegionClock> regionClock{&Clock::now};
 
 /// The sparse file that unmapped regions live in. Offsets are never used twice.
 struct BackingFile {
@@ -194,8 +197,8 @@ void dropWhile(Memory& m, Condition condition) {
 }
 
 void dropOlderThan(Memory& m, double seconds) {
-    const auto limit =
-        Clock::now() - std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+    const auto limit = regionClock.load()() -
+                       std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
     dropWhile(m, [limit](const Kept& region) { return region.since <= limit; });
 }
 
@@ -221,7 +224,7 @@ bool keep(void* address, std::size_t size) {
     if (size > m.keptLimit) return false;
     dropWhile(m, [&](const Kept&) { return m.keptBytes > m.keptLimit - size; });
     try {
-        m.kept.push_back({address, size, Clock::now()});
+        m.kept.push_back({address, size, regionClock.load()()});
     } catch (const std::bad_alloc&) {
         return false;
     }
@@ -322,6 +325,8 @@ std::size_t liveRegionCount() {
     const std::scoped_lock lock(memory().mutex);
     return memory().regions.size();
 }
+
+void setRegionClock(RegionClock now) { regionClock = now ? now : &Clock::now; }
 
 void setKeptRegionLimit(std::size_t bytes) {
     Memory& m = memory();

@@ -3,6 +3,7 @@
 #include <kestrel/imaging/KSBitmapMemory.h>
 #include <kestrel/imaging/KSBitmap_t.h>
 #include <kestrel/imaging/KSImageAttributes.h>
+#include <kestrel/platform/detail/MappableMemory.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -314,6 +316,28 @@ TEST(KSBitmapStorage, FreedRegionsAreKeptWithinTheLimitAndComeZeroed) {
     { const KSBitmapRGBA8 a(640, 480); }
     KSBitmapMemory::releaseKept();
     EXPECT_EQ(KSBitmapMemory::getKeptBytes(), 0u);
+}
+
+std::chrono::steady_clock::time_point pretendedNow;
+
+TEST(KSBitmapStorage, WhatNobodyAskedForWithinFiveSecondsGoesBackAtTheNextCall) {
+    using namespace std::chrono_literals;
+    KSBitmapMemory::releaseKept();
+    kestrel::detail::setRegionClock([] { return pretendedNow; });
+    const auto keptAt = [](auto age) {  // after a call for a region of another size, too small to be kept
+        pretendedNow += age;
+        const KSBitmapRGBA8 other(8, 8);
+        return KSBitmapMemory::getKeptBytes();
+    };
+    { const KSBitmapRGBA8 a(640, 480); }
+    EXPECT_EQ(keptAt(3s), 1249280u);
+    { const KSBitmapRGBA8 a(320, 480), b(320, 480); }  // younger ones stay
+    const std::size_t younger = KSBitmapMemory::getKeptBytes() - 1249280u;
+    EXPECT_NE(younger, 0u);
+    EXPECT_EQ(keptAt(1999ms), younger + 1249280u);
+    EXPECT_EQ(keptAt(1ms), younger);
+    EXPECT_EQ(keptAt(3s), 0u);
+    kestrel::detail::setRegionClock(nullptr);
 }
 
 bool holds(const KSBitmap& bitmap, std::uint8_t value) {

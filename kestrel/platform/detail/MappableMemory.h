@@ -19,6 +19,7 @@
 // Errors     results are errno values, 0 for success.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 
@@ -50,5 +51,9 @@ std::size_t keptRegionLimit();
 std::size_t keptRegionBytes();
 /// Returns to the system what was released at least this many seconds ago, everything for 0.
 void dropKeptRegions(double seconds);
+
+/// What the ages of kept regions are measured by, for tests that cannot wait; null for the steady clock.
+using RegionClock = std::chrono::steady_clock::time_point (*)();
+void setRegionClock(RegionClock now);
 
 }  // namespace kestrel::detail
