@@ -24,14 +24,12 @@ unsigned long long KSAsciiStream::write(const void* data, unsigned long long len
     const std::size_t groups = (total - first) / 3;
     const bool completes = m_held + first == 3;
     const std::size_t flushed = groups + (completes ? 1 : 0);
-    const std::size_t at = std::max(m_text.size(), headerCharacters);
-    if (flushed) m_text.resize(at + flushed * 4);
+    char* text = flushed ? grow(flushed) : nullptr;
     m_length += total;
 
     std::memcpy(m_group + m_held, bytes, first);
     m_held += static_cast<unsigned int>(first);
     if (flushed) {
-        char* text = m_text.data() + at;
         if (completes) {
             encodeArmourReference(m_group, 1, text);
             m_held = 0;
@@ -47,13 +45,18 @@ void KSAsciiStream::close() {
     if (m_reading || m_held == 0) return;
     std::fill(m_group + m_held, m_group + 3, std::uint8_t{0});
     m_held = 0;
-    const std::size_t at = std::max(m_text.size(), headerCharacters);
-    m_text.resize(at + 4);
-    encodeArmourReference(m_group, 1, m_text.data() + at);
+    encodeArmourReference(m_group, 1, grow(1));
+}
+
+char* KSAsciiStream::grow(std::size_t groups) {
+    const std::size_t at = std::max(m_size, headerCharacters);
+    m_size = at + groups * 4;
+    if (m_text.size() < m_size) m_text.resize(m_size);
+    return m_text.data() + at;
 }
 
 KSString KSAsciiStream::getString() const {
-    if (!m_reading && !m_text.empty()) {
+    if (!m_reading && m_size) {
         std::uint8_t header[headerGroups * 3];
         const std::uint64_t flushed = m_length - m_held;
         for (int i = 0; i < 8; ++i) header[i] = static_cast<std::uint8_t>(flushed >> (56 - 8 * i));
@@ -63,7 +66,7 @@ KSString KSAsciiStream::getString() const {
     // Mac OS Roman has a character for every byte, so that a foreign text that was opened shows too.
     const CFStringRef text =
         CFStringCreateWithBytes(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(m_text.data()),
-                                static_cast<CFIndex>(m_text.size()), kCFStringEncodingMacRoman, false);
+                                static_cast<CFIndex>(m_size), kCFStringEncodingMacRoman, false);
     const KSString string(text);
     CFRelease(text);
     return string;
@@ -73,8 +76,11 @@ bool KSAsciiStream::open(const char* text) { return open(text, text ? std::strle
 
 bool KSAsciiStream::open(const char* text, unsigned long long length) {
     reset(true);
-    if (text) m_text.assign(text, static_cast<std::size_t>(length));
-    if (m_text.size() < headerCharacters) {
+    if (text) {
+        m_text.assign(text, static_cast<std::size_t>(length));
+        m_size = m_text.size();
+    }
+    if (m_size < headerCharacters) {
         m_error.set("Not enough data");
         return false;
     }
@@ -86,7 +92,7 @@ bool KSAsciiStream::open(const char* text, unsigned long long length) {
     }
     std::uint64_t told = 0;
     for (int i = 0; i < 8; ++i) told = told << 8 | header[i];
-    m_length = std::min<std::uint64_t>(told, (m_text.size() - headerCharacters) / 4 * 3);
+    m_length = std::min<std::uint64_t>(told, (m_size - headerCharacters) / 4 * 3);
     m_next = headerCharacters;
     return true;
 }
@@ -117,7 +123,7 @@ unsigned long long KSAsciiStream::read(void* buffer, unsigned long long length) 
 void KSAsciiStream::clear() { reset(false); }
 
 void KSAsciiStream::reset(bool reading) {
-    m_text.clear();
+    m_size = 0;
     m_held = 0;
     m_length = 0;
     m_delivered = 0;

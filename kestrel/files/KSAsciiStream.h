@@ -4,6 +4,7 @@
 #include <kestrel/foundation/KSString.h>
 #include <kestrel/platform/Export.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -52,8 +53,10 @@ public:
 
 private:
     void reset(bool reading);
+    char* grow(std::size_t groups);  // the place of their characters
 
     mutable std::string m_text;  // its header is written when someone looks
+    std::size_t m_size = 0;      // of the text; what follows in m_text is room from before
     std::uint8_t m_group[3] = {};
     unsigned int m_held = 0;     // bytes in m_group: waiting for a third one, or still to hand out at its end
     std::uint64_t m_length = 0;  // bytes written, or that can be read
