@@ -272,14 +272,35 @@ HWY_INLINE std::size_t UnpremultiplyWide(Component* pixels, std::size_t count, M
     const auto m = hn::LoadDup128(df, mattes);
     const auto one = hn::Set(df, 1.0f);
     const auto isAlpha = hn::RebindMask(df, hn::MaskFromVec(hn::LoadDup128(du, alphaLane)));
-    std::size_t i = 0;
-    for (; i + lanes <= 4 * count; i += lanes) {
-        const auto c = LoadNumbers(df, pixels + i);
+    const auto divided = [=](auto c) HWY_ATTR {
         const auto a = hn::Broadcast<3>(c);
         const auto color = hn::Mul(hn::Sub(c, hn::Mul(m, hn::Sub(one, a))), hn::Div(one, a));
         const auto result = hn::IfThenElse(hn::Gt(a, hn::Zero(df)), color, m);
-        StoreNumbers(df, hn::IfThenElse(isAlpha, c, result), pixels + i);
-    }
+        return hn::IfThenElse(isAlpha, c, result);
+    };
+    std::size_t i = 0;
+#if KESTREL_HALF_INSTRUCTIONS
+    if constexpr (std::is_same_v<Component, half>)  // four vectors at a time, until a result is a NaN
+        for (; i + 4 * lanes <= 4 * count; i += 4 * lanes) {
+            Component* const at = pixels + i;
+            const auto r0 = divided(LoadAnyNaN(df, at)), r1 = divided(LoadAnyNaN(df, at + lanes)),
+                       r2 = divided(LoadAnyNaN(df, at + 2 * lanes)),
+                       r3 = divided(LoadAnyNaN(df, at + 3 * lanes));
+            const auto areNumbers =
+                hn::And(hn::And(hn::Eq(r0, r0), hn::Eq(r1, r1)), hn::And(hn::Eq(r2, r2), hn::Eq(r3, r3)));
+            if (HWY_LIKELY(hn::AllTrue(df, areNumbers))) {
+                StoreHalves(df, r0, at);
+                StoreHalves(df, r1, at + lanes);
+                StoreHalves(df, r2, at + 2 * lanes);
+                StoreHalves(df, r3, at + 3 * lanes);
+            } else {
+                for (std::size_t k = 0; k < 4; ++k)
+                    StoreNumbers(df, divided(LoadNumbers(df, at + k * lanes)), at + k * lanes);
+            }
+        }
+#endif
+    for (; i + lanes <= 4 * count; i += lanes)
+        StoreNumbers(df, divided(LoadNumbers(df, pixels + i)), pixels + i);
     return i / 4;
 }
 

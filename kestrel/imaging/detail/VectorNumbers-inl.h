@@ -184,15 +184,20 @@ HWY_INLINE void StoreNumbers(DF df, V v, std::uint16_t* to) {
     const hn::Rebind<std::uint16_t, DF> d16;
     hn::StoreU(hn::DemoteTo(d16, rounded), d16, to);
 }
+#if KESTREL_HALF_INSTRUCTIONS
+/// Of floats that are no NaN.
+template <class DF, class V>
+HWY_INLINE void StoreHalves(DF, V v, half* to) {
+    const hn::Rebind<std::uint16_t, DF> d16;
+    const auto rounded = hn::DemoteTo(hn::Rebind<hwy::float16_t, DF>(), v);
+    hn::StoreU(hn::BitCast(d16, rounded), d16, reinterpret_cast<std::uint16_t*>(to));
+}
+#endif
 template <class DF, class V>
 HWY_INLINE void StoreNumbers(DF df, V v, half* to) {
     const hn::Rebind<std::uint16_t, DF> d16;
 #if KESTREL_HALF_INSTRUCTIONS
-    if (HWY_LIKELY(hn::AllTrue(df, hn::Eq(v, v)))) {  // no NaN
-        const auto rounded = hn::DemoteTo(hn::Rebind<hwy::float16_t, DF>(), v);
-        hn::StoreU(hn::BitCast(d16, rounded), d16, reinterpret_cast<std::uint16_t*>(to));
-        return;
-    }
+    if (HWY_LIKELY(hn::AllTrue(df, hn::Eq(v, v)))) return StoreHalves(df, v, to);
 #endif
     const auto bits = hn::BitCast(hn::RebindToSigned<DF>(), HalfFromFloat(df, v));
     hn::StoreU(hn::DemoteTo(d16, bits), d16, reinterpret_cast<std::uint16_t*>(to));
