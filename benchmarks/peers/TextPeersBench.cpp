@@ -4,11 +4,13 @@
 
 #include <benchmark/benchmark.h>
 
+#include <atomic>
 #include <clocale>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "../foundation/TextWorkloads.h"
 
@@ -195,6 +197,26 @@ void compareInGerman(benchmark::State& state) {
         if (Library::compare(left, right) >= 0) state.SkipWithError("wrong order");
     std::setlocale(LC_COLLATE, "C");
 }
+
+/// What a copy cannot cost less than: counting one holder more and one less.
+void copyOfAtomicCount(benchmark::State& state) {
+    std::atomic<unsigned> count{1};
+    benchmark::DoNotOptimize(&count);
+    for (auto _ : state) {
+        count.fetch_add(1, std::memory_order_relaxed);
+        if (count.fetch_sub(1, std::memory_order_acq_rel) == 1) state.SkipWithError("nobody holds it");
+    }
+}
+void copyOfSharedPointer(benchmark::State& state) {
+    const auto text = std::make_shared<std::u16string>(u"a name of a layer, long enough to live on the heap");
+    std::thread([] {}).join();  // shared pointers count without atomics before there are threads
+    for (auto _ : state) {
+        auto other = text;
+        benchmark::DoNotOptimize(other);
+    }
+}
+BENCHMARK(copyOfAtomicCount);
+BENCHMARK(copyOfSharedPointer);
 
 #define PEER(library)                \
     BENCHMARK(append16<library>);    \

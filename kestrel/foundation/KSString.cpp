@@ -182,13 +182,21 @@ unsigned int KSString::size() const noexcept {
     return static_cast<unsigned int>(std::min(unitsOf(m_string).size(), limit));
 }
 
-char* KSString::createCStr() const {
+char* KSString::createCStr() const& {
     if (!m_string) return nullptr;
     const auto units = unitsOf(m_string);
     auto* text = static_cast<char*>(std::malloc(units.size() + 1));
     if (!text) return nullptr;
     auto* bytes = reinterpret_cast<std::uint8_t*>(text);
     text[kestrel::detail::macRomanFromUtf16(units.data(), units.size(), bytes)] = '\0';
+    return text;
+}
+
+char* KSString::createCStr() && {
+    auto* own = const_cast<__CFString*>(m_string);
+    char* text = own && own->isUnshared() && !own->isMutable() ? __CFString::becomeAscii(own) : nullptr;
+    if (!text) return std::as_const(*this).createCStr();
+    m_string = nullptr;
     return text;
 }
 

@@ -70,7 +70,9 @@ public:
     bool empty() const noexcept { return size() == 0; }
     /// A new Mac OS Roman text; null for a null string or without memory. When a character cannot be held,
     /// the buffer is terminated and otherwise unspecified.
-    char* createCStr() const;
+    char* createCStr() const&;
+    /// The same. A short text of ASCII that nobody else holds hands its own memory on and becomes null.
+    char* createCStr() &&;
     char* createUTF8Str() const;           ///< a new UTF-8 text, U+FFFD for lone surrogates; null for null
     unsigned short* createUniStr() const;  ///< the units and a 0 unit; null for null
     /// The units themselves, without a 0 unit behind them, until the string is next edited; null for null.

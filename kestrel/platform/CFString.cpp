@@ -1,9 +1,11 @@
 #include <kestrel/platform/CFString.h>
 
+#include <kestrel/platform/detail/AsciiRun.h>
 #include <kestrel/platform/detail/StringObject.h>
 #include <kestrel/platform/detail/Utf8.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <map>
 #include <mutex>
@@ -61,6 +63,28 @@ bool __CFString::replace(std::size_t position, std::size_t count, std::span<cons
     if (!units.empty()) std::memcpy(hole, units.data(), units.size_bytes());
     m_length = m_length - count + units.size();
     return true;
+}
+
+char* __CFString::becomeAscii(__CFString* string) noexcept {
+    constexpr std::size_t longest = 1024;  // a longer block would waste more than its copy costs
+    const UniChar* const units = string->m_units;
+    const std::size_t length = string->m_length;
+    if (length > longest || units != string->getInlineUnits() || !kestrel::detail::isAscii(units, length))
+        return nullptr;
+    string->~__CFString();
+    char* const text = reinterpret_cast<char*>(string);
+    // The units are ahead of what is written: each block is read before anything is written over it.
+    std::size_t i = 0;
+    for (; length - i >= kestrel::detail::asciiBlock; i += kestrel::detail::asciiBlock) {
+        std::array<UniChar, kestrel::detail::asciiBlock> block;
+        std::memcpy(block.data(), units + i, sizeof block);
+        std::array<char, kestrel::detail::asciiBlock> narrow;
+        std::ranges::transform(block, narrow.begin(), [](UniChar unit) { return static_cast<char>(unit); });
+        std::memcpy(text + i, narrow.data(), sizeof narrow);
+    }
+    for (; i < length; ++i) text[i] = static_cast<char>(units[i]);
+    text[length] = '\0';
+    return text;
 }
 
 std::string __CFString::describe() const { return kestrel::detail::utf8Of(getUnits()); }

@@ -138,11 +138,17 @@ int compareExactly(std::span<const UniChar> left, std::span<const UniChar> right
     }
 }
 
+[[gnu::noinline]] Collators& collatorsOfThread() noexcept {
+    static thread_local Collators collators;
+    return collators;
+}
+
 [[gnu::noinline]] int compareCollated(const char* locale, std::span<const UniChar> left,
                                       std::span<const UniChar> right, Case letters) noexcept {
     if (isCLocale(locale)) return compareUnits(left, right, letters);
-    static thread_local Collators collators;
-    const UCollator* collator = collators.get(locale, letters);
+    static thread_local Collators* collators = nullptr;  // known without asking whether they are there
+    if (!collators) collators = &collatorsOfThread();
+    const UCollator* collator = collators->get(locale, letters);
     if (!collator) return compareUnits(left, right, letters);
     return ucol_strcoll(collator, reinterpret_cast<const UChar*>(left.data()), sizeForIcu(left),
                         reinterpret_cast<const UChar*>(right.data()), sizeForIcu(right));

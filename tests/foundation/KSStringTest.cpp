@@ -7,6 +7,7 @@
 #include <clocale>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <random>
 #include <string>
 #include <thread>
@@ -113,6 +114,29 @@ TEST(KSString, TextThatMacRomanCannotHoldStillGivesATerminatedBuffer) {
     ASSERT_NE(bytes, nullptr);
     EXPECT_LE(std::strlen(bytes), 3u);
     std::free(bytes);
+}
+
+TEST(KSString, ATemporaryHandsItsTextOnAndNobodyElseNotices) {
+    const auto take = [](KSString&& string) {
+        const std::unique_ptr<char, decltype(&std::free)> bytes(std::move(string).createCStr(), &std::free);
+        return std::string(bytes ? bytes.get() : "(null)");
+    };
+    for (const std::size_t length : {0, 1, 15, 16, 17, 40, 47, 48, 64, 100, 1024, 1025, 5000}) {
+        std::string text;
+        for (std::size_t i = 0; i < length; ++i) text += static_cast<char>('!' + i % 90);
+        const KSString kept(text.c_str());
+        EXPECT_EQ(take(KSString(text.c_str())), text);
+        EXPECT_EQ(take(KSString(kept)), text);
+        EXPECT_EQ(macRomanOf(kept), text);
+        EXPECT_EQ(take(KSString(KSString("").append(kept).append("\xDB"))), text + "\xDB");
+        EXPECT_EQ(take(std::move(KSString("").append(kept))), text) << "in a buffer of its own";
+        CFMutableStringRef object = CFStringCreateMutable(nullptr, 0);
+        CFStringAppend(object, kept.cf_str());
+        KSString only(object);
+        CFRelease(object);
+        EXPECT_EQ(take(std::move(only)), text);
+    }
+    EXPECT_EQ(take(KSString()), "(null)");
 }
 
 TEST(KSString, Utf8KeepsPairsAndReplacesLoneSurrogates) {
@@ -395,6 +419,7 @@ TEST(KSString, RandomEditsGiveWhatAPlainStringGives) {
         const unsigned long position = random() % (expected.size() + 3);
         const unsigned count = random() % 8;
         const std::size_t at = std::min<std::size_t>(position, expected.size());
+        const std::u16string previous = expected;
         const std::u16string piece(random() % 6, static_cast<char16_t>(random() % 0x3000 + 1));
         const KSString other = unitsString({piece.begin(), piece.end()});
         switch (random() % 6) {
@@ -419,6 +444,9 @@ TEST(KSString, RandomEditsGiveWhatAPlainStringGives) {
         }
         if (expected.size() > 300) string.clear(), string.set(""), expected.clear();
         ASSERT_EQ(std::u16string(string.u_str(), string.u_str() + string.size()), expected) << i;
+        ASSERT_EQ(string.compare(unitsString({previous.begin(), previous.end()})),
+                  signOf(expected.compare(previous)))
+            << i;
         const std::size_t found = piece.empty() ? std::u16string::npos : expected.find(piece);
         ASSERT_EQ(string.find(other), static_cast<long>(found)) << i;
     }

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -33,124 +34,26 @@ Reading<Number> read(const std::string& text) {
     return {inRange, value, static_cast<std::size_t>(place - bytes.data())};
 }
 
-// Around every limit and every way to begin, end or miss a number.
-const std::vector<std::string> texts = {"",
-                                        " ",
-                                        "\t\n\v\f\r",
-                                        "0",
-                                        "-0",
-                                        "+0",
-                                        "1",
-                                        "+1",
-                                        "-1",
-                                        " 42",
-                                        "\t\n\v\f\r 42 ",
-                                        "42x",
-                                        "42 43",
-                                        "0042",
-                                        "-",
-                                        "+",
-                                        "--1",
-                                        "+-1",
-                                        "- 1",
-                                        "x",
-                                        "1-",
-                                        "12,5",
-                                        "12.5",
-                                        ".5",
-                                        "-.5",
-                                        "+.5",
-                                        ".",
-                                        "-.",
-                                        "5.",
-                                        "1e3",
-                                        "1E3",
-                                        "1e+3",
-                                        "1e-3",
-                                        "1e",
-                                        "1e+",
-                                        "1e x",
-                                        "e5",
-                                        ".e5",
-                                        "1.5.5",
-                                        "0x10",
-                                        "0X1F",
-                                        "0x",
-                                        "0xg",
-                                        "-0x1p4",
-                                        "0x1.8p1",
-                                        "0x.8",
-                                        "0x.",
-                                        "0x1p",
-                                        "inf",
-                                        "-inf",
-                                        "+INF",
-                                        "infinity",
-                                        "Infinit",
-                                        "INFINITYx",
-                                        "nan",
-                                        "-nan",
-                                        "NaN(12)",
-                                        "nan(",
-                                        "nan(x y)",
-                                        "in",
-                                        "n",
-                                        "2147483647",
-                                        "2147483648",
-                                        "-2147483648",
-                                        "-2147483649",
-                                        "4294967295",
-                                        "4294967296",
-                                        "-4294967295",
-                                        "-4294967296",
-                                        "9223372036854775807",
-                                        "9223372036854775808",
-                                        "-9223372036854775808",
-                                        "-9223372036854775809",
-                                        "18446744073709551615",
-                                        "18446744073709551616",
-                                        "-18446744073709551615",
-                                        "-18446744073709551616",
-                                        "99999999999999999999999999999",
-                                        "-99999999999999999999999999999",
-                                        "21474836470",
-                                        "429496729500000000001",
-                                        "1e39",
-                                        "-1e39",
-                                        "3.4028235e38",
-                                        "1e308",
-                                        "1.7976931348623157e308",
-                                        "1.7976931348623159e308",
-                                        "1e309",
-                                        "-1e309",
-                                        "2.2250738585072014e-308",
-                                        "2.2250738585072011e-308",
-                                        "4.9406564584124654e-324",
-                                        "5e-324",
-                                        "2.4703282292062328e-324",
-                                        "2.4703282292062327e-324",
-                                        "1e-400",
-                                        "-1e-400",
-                                        "0e-400",
-                                        "0e999999999999",
-                                        "1e99999999999999999999",
-                                        "0.1",
-                                        "0.30000000000000004",
-                                        "123456789012345678901234567890",
-                                        "9007199254740993",
-                                        "0x1p-1074",
-                                        "0x1p-1075",
-                                        "0x1.8p-1075",
-                                        "0x1p1024",
-                                        "0.000000000000000000000000000000000000000000000000000000000001",
-                                        "1_000",
-                                        "\xC2\xA0"
-                                        "1",
-                                        "1\xC2\xA0",
-                                        "\xD9\xA1"};
+// Around every limit and every way to begin, end or miss a number; a bar stands between them.
+const char texts[] =
+    "| |\t\n\v\f\r|0|-0|+0|1|+1|-1| 42|\t\n\v\f\r 42 |42x|42 43|0042|-|+|--1|+-1|- 1|x|1-|12,5|12.5|.5|"
+    "-.5|+.5|.|-.|5.|1e3|1E3|1e+3|1e-3|1e|1e+|1e x|e5|.e5|1.5.5|0x10|0X1F|0x|0xg|-0x1p4|0x1.8p1|0x.8|"
+    "0x.|0x1p|inf|-inf|+INF|infinity|Infinit|INFINITYx|nan|-nan|NaN(12)|nan(|nan(x y)|in|n|2147483647|"
+    "2147483648|-2147483648|-2147483649|4294967295|4294967296|-4294967295|-4294967296|"
+    "9223372036854775807|9223372036854775808|-9223372036854775808|-9223372036854775809|"
+    "18446744073709551615|18446744073709551616|-18446744073709551615|-18446744073709551616|"
+    "99999999999999999999999999999|-99999999999999999999999999999|21474836470|429496729500000000001|"
+    "1e39|-1e39|3.4028235e38|1e308|1.7976931348623157e308|1.7976931348623159e308|1e309|-1e309|"
+    "2.2250738585072014e-308|2.2250738585072011e-308|4.9406564584124654e-324|5e-324|"
+    "2.4703282292062328e-324|2.4703282292062327e-324|1e-400|-1e-400|0e-400|0e999999999999|"
+    "1e99999999999999999999|0.1|0.30000000000000004|123456789012345678901234567890|9007199254740993|"
+    "0x1p-1074|0x1p-1075|0x1.8p-1075|0x1p1024|"
+    "0.000000000000000000000000000000000000000000000000000000000001|1_000|\u00A01|1\u00A0|\u0661";
 
 std::vector<std::string> allTexts() {
-    std::vector<std::string> all = texts;
+    std::vector<std::string> all;
+    std::istringstream pieces(texts);
+    for (std::string piece; std::getline(pieces, piece, '|');) all.push_back(piece);
     std::mt19937_64 random(754);
     for (int i = 0; i < 200000; ++i) {
         char text[64];
@@ -256,31 +159,18 @@ TEST(NumberText, TheProcessLocaleDoesNotMatter) {
     std::setlocale(LC_ALL, before.c_str());
 }
 
-TEST(NumberText, ALongTextOfNumbersIsReadInOnePass) {
-    std::string text;
-    for (int i = 0; i < 300000; ++i) text += "0x1p-2 ";  // each takes the slow way
-    const char* place = text.data();
-    const char* const end = place + text.size();
-    double value = 0, sum = 0;
-    int count = 0;
-    while (kestrel::detail::skipBlanks(place, end) < end && ++count <= 300000 &&
-           readNumber(place, end, value))
-        sum += value;
-    EXPECT_EQ(count, 300000);
-    EXPECT_EQ(sum, 75000.0);
-}
-
-TEST(NumberText, NumbersWithoutBlanksBetweenThemAreReadInOnePass) {
-    for (const char* number : {"inf", "-Infinity", "nan", "NaN(1)", "+0x1", "-0x1e", "+1e999"}) {
+TEST(NumberText, NumbersOneAfterTheOtherAreReadInOnePass) {
+    for (const char* number : {"0x1p-2 ", "inf", "-Infinity", "nan", "NaN(1)", "+0x1", "-0x1e", "+1e999"}) {
         constexpr int numbers = 300000;
         std::string text;
         for (int i = 0; i < numbers; ++i) text += number;
         const char* place = text.data();
         const char* const end = place + text.size();
         int count = 0;
-        for (double value = 0; place < end && count < numbers; ++count) readNumber(place, end, value);
+        for (double value = 0; kestrel::detail::skipBlanks(place, end) < end && count < numbers; ++count)
+            readNumber(place, end, value);
         EXPECT_EQ(count, numbers) << number;
-        EXPECT_EQ(place, end) << number;
+        EXPECT_EQ(kestrel::detail::skipBlanks(place, end), end) << number;
     }
 }
 

@@ -30,6 +30,15 @@ std::uint64_t bitsOf(const From* from) noexcept {
     return all;
 }
 
+template <typename From>
+bool isAscii(const From* text, std::size_t count) noexcept {
+    std::uint64_t bits = 0;
+    std::size_t i = 0;
+    for (; count - i >= asciiBlock; i += asciiBlock) bits |= bitsOf(text + i);
+    for (; i < count; ++i) bits |= text[i];
+    return !(bits & notAscii<From>);
+}
+
 /// Copies whole blocks, up to the first one that is not all below 0x80; returns how many characters.
 template <typename From, typename To>
 std::size_t copyAsciiBlocks(const From* __restrict from, std::size_t count, To* __restrict to) noexcept {

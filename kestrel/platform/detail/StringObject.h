@@ -52,6 +52,10 @@ public:
     /// Replaces count units at position (both within the text) by units, which may lie in this text.
     /// False without memory: the text is as it was.
     bool replace(std::size_t position, std::size_t count, std::span<const UniChar> units) noexcept;
+    /// Ends string and writes its text, with a NUL, over its block, which the caller frees with free(). Null,
+    /// with nothing done, unless the text is short, ASCII, and in that block. Requires that nobody else holds
+    /// string.
+    static char* becomeAscii(__CFString* string) noexcept;
 
 private:
     // Far beyond any memory, and small enough that no sum or product of sizes wraps.
