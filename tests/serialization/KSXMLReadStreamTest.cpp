@@ -89,6 +89,7 @@ const std::vector<TextRow> textRows = {
     {"Hexadecimal", "&#x41;", "A"},
     {"LowEightBits", "&#x20AC;", "\xC2\xAC"},
     {"LiteralKeepsItsCode", "\xE2\x82\xAC", "\xE2\x82\xAC"},
+    {"LowEightBitsBeyondTheBasicPlane", "&#x1F642;&#128578;", "BB"},
     {"AboveAscii", "&#233;", "\xC3\xA9"},
     {"UnknownGivesNothing", "A&nobody;B", "AB"},
     {"UnknownCounts", "one<!-- x -->&nobody;two", "onetwo"},
@@ -188,6 +189,11 @@ TEST(KSXMLReadStream, NumbersInAttributesAndValuesWithReferences) {
     EXPECT_EQ((std::vector<int>{attribute, first, second}), (std::vector<int>{12, 34, 5}));
     ASSERT_TRUE(parse("<root><a>7&#x100;8</a></root>", probe));
     EXPECT_EQ(first, 7) << "a zero in the text ends the numbers";
+    KSString text;
+    probe.onElement = [&](KSSerializerReadStream& in, KSStreamElement& e) { in.getAsString(e, &text); };
+    ASSERT_TRUE(parse("<root><a>7&#x100;8</a></root>", probe));
+    const unsigned short units[] = {'7', 0, '8'};
+    EXPECT_EQ(text.compare(KSString().set(units, 3)), 0) << "the text goes on behind it";
 }
 
 TEST(KSXMLReadStream, LongAndForeignNamesBelongToNoScope) {

@@ -11,6 +11,7 @@
 #include <sstream>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -373,6 +374,13 @@ const TroubleRow troubleRows[] = {
     {"ReadOnlyPlace", "copy in.xml /proc/out.xml", 1, "kestrel: cannot write /proc/out.xml: "},
     {"FolderAsInputToCopy", "copy . out.xml", 2, "kestrel: .: it is a folder\n"},
     {"VanishedBeforeCheck", "check in.xml gone.xml", 2, "kestrel: gone.xml: No such file or directory\n"},
+    // The file goes while it is being read: its name first, then, in the one row, what is left of it.
+    {"VanishesWhileRead",
+     "check --help >x; mkfifo gone; (exec 3>gone; rm gone x; cat in.xml >&3) & \"$K\" scene check gone", 0,
+     ""},
+    {"CutShortWhileRead",
+     "check --help >x; mkfifo cut; (exec 3>cut; rm cut x; head -c 99 in.xml >&3) & \"$K\" scene check cut", 1,
+     "Parse error (1) the document ends inside the element"},
     {"NoSize", "generate x.xml", 106, "--size"},
     {"BadSize", "generate x.xml --size lots", 105, "--size"},
 };
@@ -387,6 +395,33 @@ TEST_P(SceneTrouble, GivesAClearErrorAndStatus) {
 }
 INSTANTIATE_TEST_SUITE_P(Rows, SceneTrouble, testing::ValuesIn(troubleRows),
                          [](const auto& row) { return row.param.name; });
+
+TEST_F(SceneCommand, ACopyThatDoesNotFitLeavesTheOldDocument) {
+    const std::string old = contents(samples + "title.xml");
+    ASSERT_EQ(run("generate big.xml --size 200KB").status, 0);
+    std::filesystem::create_directory(file("disk"));
+    put("old.xml", old);
+    // A disk of 64 KiB, which is gone with the shell that mounts it; where nobody may mount one, and
+    // everywhere else too, a limit on the size of files, whose signal is ignored.
+    const std::string copy =
+        "\"$0\" scene copy big.xml disk/out.xml; status=$?; "
+        "cp disk/out.xml after.xml; ls -A disk >left; rm -r disk/* disk/.k*; exit $status";
+    const std::string mount = "mount -t tmpfs -o size=64k tmpfs disk 2>/dev/null";
+    const bool mayMount = std::system("unshare -Urm mount -t tmpfs tmpfs /mnt >/dev/null 2>&1") == 0;
+    std::vector<std::pair<std::string, const char*>> ways = {
+        {"trap \"\" XFSZ; ulimit -f 64", "disk/out.xml: File too large\n"}};
+    if (mayMount) ways.push_back({mount, "disk/out.xml: No space left on device\n"});
+    for (const auto& [prepare, error] : ways) {
+        SCOPED_TRACE(prepare);
+        const std::string shell = mayMount ? "unshare -Urm sh" : "sh";
+        const Result copied = run("--help >/dev/null; " + shell + " -c '" + prepare +
+                                  "; cp old.xml disk/out.xml; " + copy + "' \"$K\"");
+        EXPECT_EQ(copied.status, 1);
+        EXPECT_NE(copied.errors.find(error), std::string::npos) << copied.errors;
+        EXPECT_EQ(contents(file("after.xml")), old);
+        EXPECT_EQ(contents(file("left")), "out.xml\n") << "no temporary file stays";
+    }
+}
 
 TEST_F(SceneCommand, AReaderThatGoesAwayIsAnErrorNotASignal) {
     ASSERT_EQ(run("generate g.xml --size 2MB --seed 1").status, 0);
