@@ -173,12 +173,6 @@ HWY_INLINE hn::Vec<DF> LoadNumbers(DF df, const float* from) {
 }
 
 template <class DF, class V>
-HWY_INLINE void StoreNumbers(DF df, V v, std::uint8_t* to) {
-    const auto rounded = RoundedInt(df, hn::Mul(v, hn::Set(df, 255.0f)), 255.0f);
-    const hn::Rebind<std::uint8_t, DF> d8;
-    hn::StoreU(hn::DemoteTo(d8, rounded), d8, to);
-}
-template <class DF, class V>
 HWY_INLINE void StoreNumbers(DF df, V v, std::uint16_t* to) {
     const auto rounded = RoundedInt(df, hn::Mul(v, hn::Set(df, 65535.0f)), 65535.0f);
     const hn::Rebind<std::uint16_t, DF> d16;
