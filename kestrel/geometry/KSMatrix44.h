@@ -261,17 +261,28 @@ constexpr double KSMatrix44::determinant() const noexcept {
 
 template <class Pair>
 constexpr bool KSMatrix44::invertBy() noexcept {
-    const Row<Pair> r0(m00, m01, m02, m03), r1(m10, m11, m12, m13);
-    const Row<Pair> r2(m20, m21, m22, m23), r3(m30, m31, m32, m33);
-    const Minors<Pair> lower(r2, r3), upper(r0, r1);
-    const Cofactors<Pair> c0(r1, lower), c1(r0, lower), c2(r3, upper), c3(r2, upper);
-    const double det = c0.determinant(r0);
+    // One column each: rows 1 and 0, rows 3 and 2, rows 0 and 2, rows 1 and 3.
+    const Pair a0(m10, m00), a1(m11, m01), a2(m12, m02), a3(m13, m03);
+    const Pair b0(m30, m20), b1(m31, m21), b2(m32, m22), b3(m33, m23);
+    const Pair p0(m00, m20), p1(m01, m21), p2(m02, m22), p3(m03, m23);
+    const Pair q0(m10, m30), q1(m11, m31), q2(m12, m32), q3(m13, m33);
+    // The 2x2 minors by their columns: first those of rows 0 and 1 (s), then those of rows 2 and 3 (c).
+    const Pair n01 = p0 * q1 - p1 * q0, n02 = p0 * q2 - p2 * q0, n03 = p0 * q3 - p3 * q0;
+    const Pair n12 = p1 * q2 - p2 * q1, n13 = p1 * q3 - p3 * q1, n23 = p2 * q3 - p3 * q2;
+    const auto s = [](const Pair& n) { return firsts(n, n); };
+    const auto c = [](const Pair& n) { return seconds(n, n); };
+    const Pair s01 = s(n01), s02 = s(n02), s03 = s(n03), s12 = s(n12), s13 = s(n13), s23 = s(n23);
+    const Pair c01 = c(n01), c02 = c(n02), c03 = c(n03), c12 = c(n12), c13 = c(n13), c23 = c(n23);
+    // The 3x3 minors by the column left out: of rows 0 and 1 (k), of rows 2 and 3 (l).
+    const Pair k0 = a1 * c23 - a2 * c13 + a3 * c12, k1 = a0 * c23 - a2 * c03 + a3 * c02;
+    const Pair k2 = a0 * c13 - a1 * c03 + a3 * c01, k3 = a0 * c12 - a1 * c02 + a2 * c01;
+    const double det = (m00 * k0.first() - m01 * k1.first()) + (m02 * k2.first() - m03 * k3.first());
     if (det == 0) return false;
+    const Pair l0 = b1 * s23 - b2 * s13 + b3 * s12, l1 = b0 * s23 - b2 * s03 + b3 * s02;
+    const Pair l2 = b0 * s13 - b1 * s03 + b3 * s01, l3 = b0 * s12 - b1 * s02 + b2 * s01;
     const Pair even(det, -det), odd(-det, det);  // with the signs of the cofactors
-    const Pair i00 = seconds(c0.k1k0, c1.k1k0) / even, i02 = seconds(c2.k1k0, c3.k1k0) / even;
-    const Pair i10 = firsts(c0.k1k0, c1.k1k0) / odd, i12 = firsts(c2.k1k0, c3.k1k0) / odd;
-    const Pair i20 = seconds(c0.k3k2, c1.k3k2) / even, i22 = seconds(c2.k3k2, c3.k3k2) / even;
-    const Pair i30 = firsts(c0.k3k2, c1.k3k2) / odd, i32 = firsts(c2.k3k2, c3.k3k2) / odd;
+    const Pair i00 = k0 / even, i02 = l0 / even, i10 = k1 / odd, i12 = l1 / odd;
+    const Pair i20 = k2 / even, i22 = l2 / even, i30 = k3 / odd, i32 = l3 / odd;
     *this = KSMatrix44(i00.first(), i00.second(), i02.first(), i02.second(),  //
                        i10.first(), i10.second(), i12.first(), i12.second(),  //
                        i20.first(), i20.second(), i22.first(), i22.second(),  //
