@@ -32,11 +32,10 @@ std::uint64_t bitsOf(const From* from) noexcept {
 
 template <typename From>
 bool isAscii(const From* text, std::size_t count) noexcept {
-    std::uint64_t bits = 0;
-    std::size_t i = 0;
-    for (; count - i >= asciiBlock; i += asciiBlock) bits |= bitsOf(text + i);
-    for (; i < count; ++i) bits |= text[i];
-    return !(bits & notAscii<From>);
+    for (; count >= asciiBlock; text += asciiBlock, count -= asciiBlock)
+        if (bitsOf(text) & notAscii<From>) return false;
+    while (count > 0 && *text < 0x80) ++text, --count;
+    return count == 0;
 }
 
 /// Copies whole blocks, up to the first one that is not all below 0x80; returns how many characters.
