@@ -10,7 +10,6 @@
 #include <kestrel/geometry/detail/Rotation.h>
 #include <kestrel/platform/Export.h>
 
-#include <limits>
 #include <span>
 #include <type_traits>
 
@@ -74,8 +73,8 @@ public:
 
     /// By the cofactors of the first row.
     constexpr double determinant() const noexcept;
-    /// Every cofactor, transposed, times the reciprocal of the determinant, or divided by a determinant that has
-    /// no normal reciprocal. False, and nothing changes, if it is exactly 0; there is no tolerance.
+    /// Every cofactor, transposed, divided by the determinant. False, and nothing changes, if the determinant
+    /// is exactly 0; there is no tolerance.
     constexpr bool invert() noexcept;
 
     /// An amount of exactly 0 is skipped, which shows where the fourth row is not finite.
@@ -240,11 +239,6 @@ private:
         }
     };
 
-    static constexpr bool hasNormalReciprocal(double x) noexcept {
-        constexpr double least = std::numeric_limits<double>::min();  // 1 / least is a number of its own
-        const double size = x < 0 ? -x : x;
-        return size >= least && size <= 1 / least;
-    }
     template <class Pair>
     constexpr double determinantBy() const noexcept;
     template <class Pair>
@@ -286,22 +280,13 @@ constexpr bool KSMatrix44::invertBy() noexcept {
     if (det == 0) return false;
     const Pair l0 = b1 * s23 - b2 * s13 + b3 * s12, l1 = b0 * s23 - b2 * s03 + b3 * s02;
     const Pair l2 = b0 * s13 - b1 * s03 + b3 * s01, l3 = b0 * s12 - b1 * s02 + b2 * s01;
-    const auto set = [this](const Pair& i00, const Pair& i02, const Pair& i10, const Pair& i12,
-                            const Pair& i20, const Pair& i22, const Pair& i30, const Pair& i32) {
-        *this = KSMatrix44(i00.first(), i00.second(), i02.first(), i02.second(),  //
-                           i10.first(), i10.second(), i12.first(), i12.second(),  //
-                           i20.first(), i20.second(), i22.first(), i22.second(),  //
-                           i30.first(), i30.second(), i32.first(), i32.second());
-    };
-    // With the signs of the cofactors: times the reciprocal, or, where that is not a normal number, divided.
-    if (hasNormalReciprocal(det)) {
-        const double factor = 1 / det;
-        const Pair even(factor, -factor), odd(-factor, factor);
-        set(k0 * even, l0 * even, k1 * odd, l1 * odd, k2 * even, l2 * even, k3 * odd, l3 * odd);
-    } else {
-        const Pair even(det, -det), odd(-det, det);
-        set(k0 / even, l0 / even, k1 / odd, l1 / odd, k2 / even, l2 / even, k3 / odd, l3 / odd);
-    }
+    const Pair even(det, -det), odd(-det, det);  // with the signs of the cofactors
+    const Pair i00 = k0 / even, i02 = l0 / even, i10 = k1 / odd, i12 = l1 / odd;
+    const Pair i20 = k2 / even, i22 = l2 / even, i30 = k3 / odd, i32 = l3 / odd;
+    *this = KSMatrix44(i00.first(), i00.second(), i02.first(), i02.second(),  //
+                       i10.first(), i10.second(), i12.first(), i12.second(),  //
+                       i20.first(), i20.second(), i22.first(), i22.second(),  //
+                       i30.first(), i30.second(), i32.first(), i32.second());
     return true;
 }
 
