@@ -171,6 +171,7 @@ const FaultRow faultRows[] = {
      "24: keyframes hold a frame without a number|"
      "24: keyframes: 3 keys instead of 4"},
     {"KeyOrder", "24 1 108", "24 1 8", "24: keyframes: frame 8 does not follow frame 24"},
+    {"InfiniteKey", "24 1 108", "24 inf 108", "24: keyframes: they hold a number that is not finite"},
     {"Keys", "24 1 108", "24 one 108",
      "24: keyframes: 0 keys instead of 4|26: values: \"12 0 24 one 108 1 120 0\" "
      "is no list of numbers"},

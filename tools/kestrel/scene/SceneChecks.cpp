@@ -199,6 +199,9 @@ void SceneChecks::checkKeyframes(const Keyframes& keyframes) {
         m_fault(keyframes.line, "keyframes: " + std::to_string(values.size() / 2) + " keys instead of " +
                                     std::to_string(*keyframes.declaredCount));
     }
+    if (!areFinite(values)) {
+        return m_fault(keyframes.line, "keyframes: they hold a number that is not finite");
+    }
     for (std::size_t i = 2; i < values.size(); i += 2) {
         if (values[i] > values[i - 2]) continue;
         m_fault(keyframes.line,
