@@ -210,4 +210,6 @@ TEST(RenderPixels, KeyframesLeadFromOneToTheNext) {
         keys.interpolation = KSString(row.interpolation);
         EXPECT_DOUBLE_EQ(valueAt(keys, row.frame), row.value) << row.interpolation << ' ' << row.frame;
     }
+    keys.values = {0, 1.5e308, 4, -1.5e308};  // further apart than a number can say
+    EXPECT_DOUBLE_EQ(valueAt(keys, 1), 0.75e308);
 }

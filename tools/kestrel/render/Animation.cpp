@@ -1,6 +1,7 @@
 #include "Animation.h"
 
 #include <algorithm>
+#include <cmath>
 #include <string_view>
 
 #include "../Text.h"
@@ -44,7 +45,7 @@ double valueAt(const scene::Keyframes& keyframes, double frame) {
     if (way == "hold") return before;
     double share = (frame - keys[next - 2]) / (keys[next] - keys[next - 2]);
     if (way == "smooth") share *= share * (3 - 2 * share);
-    return before + (keys[next + 1] - before) * share;
+    return std::lerp(before, keys[next + 1], share);
 }
 
 KSMatrix33 LayerValues::matrix() const {
