@@ -177,7 +177,8 @@ BitmapPointer drawFrame(const FrameState& state, Pictures& pictures, unsigned in
     BitmapPointer frame = makeBitmap(static_cast<unsigned>(canvas.width),
                                      static_cast<unsigned>(canvas.height), rgbaFloat, "frame");
     Painter painter(canvas, planes, *frame, times);
-    onThreads(threads, painter);
+    const auto bands = static_cast<unsigned>((canvas.height + bandHeight - 1) / bandHeight);
+    onThreads(std::min(threads, bands), painter);
     painter.rethrow();
     return frame;
 }
