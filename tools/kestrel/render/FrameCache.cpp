@@ -31,7 +31,11 @@ std::string headerOf(const std::string& description, std::string_view bytes) {
 
 bool read(const std::string& path, std::string& bytes) {
     std::ifstream file(path, std::ios::binary);
-    bytes.assign(std::istreambuf_iterator<char>(file), {});
+    try {
+        bytes.assign(std::istreambuf_iterator<char>(file), {});
+    } catch (const std::ios_base::failure&) {  // such as a folder, or a bad disk
+        return false;
+    }
     return file.good() || file.eof();
 }
 
