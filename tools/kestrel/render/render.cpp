@@ -1,4 +1,5 @@
 // kestrel render: a project document and its sources become frames.
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <map>
@@ -26,6 +27,7 @@ int run(const render::RenderOptions& options, const std::string& thumbnail) {
         if (status == 0 && !thumbnail.empty()) status = writeThumbnail(options, thumbnail);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "kestrel render: %s\n", error.what());
+        status = std::max(status, 1);
     }
     return std::fflush(stdout) != 0 ? 1 : status;
 }
