@@ -126,6 +126,14 @@ TEST_F(RenderCommand, SourcesComeThroughAsTheyAre) {
     ASSERT_EQ(run("render q.xml back.png --frames 0"), 0) << output;
     EXPECT_TRUE(same("back.png", "o.1.png"));
     EXPECT_FALSE(same("turned.png", "o.1.png"));
+
+    std::string early =
+        project(layer(source("o.[@].png"), "blend=\"0\" opacity=\"1\"", "in=\"-2\" out=\"2\""));
+    put("p.xml", early.replace(early.find("start=\"0\""), 9, "start=\"-2\""));
+    EXPECT_EQ(run("render p.xml n.[@].png"), 1);
+    EXPECT_THAT(output, HasSubstr("no file can have the number -2"));
+    ASSERT_EQ(run("render p.xml n.[@].png:1:4"), 0) << output;
+    EXPECT_TRUE(same("n.1.png", "o.1.png") && same("n.3.png", "o.3.png"));
 }
 
 TEST_F(RenderCommand, BadProjectsFailBeforeTheFirstFrame) {
@@ -151,6 +159,15 @@ TEST_F(RenderCommand, BadProjectsFailBeforeTheFirstFrame) {
         {"Itself", project(layer(source("link.png"))), "",
          "p.xml:7: layer \"L\": link.png: the project names itself"},
         {"IsOutput", project(layer(source("s.[@].png"))), "s.[@].png", "s.1.png: would overwrite a source"},
+        {"IsUnusedMember", project(layer(source("s.[@].png:2:5"))), "s.[@].png --frames 2 --missing hold",
+         "s.2.png: would overwrite a source"},
+        {"IsSheet", project(layer(solid) + layer(source("s.1.png"))), "out.[#].png --sheet ./s.1.png",
+         "s.1.png: would overwrite a source"},
+        {"SheetIsFrame", project(layer(solid)), "out.[#].png --sheet out.2.png",
+         "out.2.png: would overwrite"},
+        {"SheetFormat", project(layer(solid)), "out.[#].png --sheet sheet.txt", "sheet.txt: no image format"},
+        {"IsThumbnail", project(layer(source("s.1.png"))), "--thumbnail s.1.png --frames 0",
+         "s.1.png: would overwrite a source"},
         {"Unknown", project(layer(solid, "blend=\"7\" opacity=\"1\"")), "",
          "p.xml:7: layer: there is no blend mode 7"},
         {"NoFormula", project(layer(solid, "blend=\"34\" opacity=\"1\"")), "",
@@ -160,6 +177,8 @@ TEST_F(RenderCommand, BadProjectsFailBeforeTheFirstFrame) {
         {"Empty", project(layer(solid), "width=\"8\" height=\"8\"", 0), "",
          "p.xml:5: composition: its range of frames is empty"},
         {"Outside", project(layer(solid)), "out.[#].png --frames 50-60", "p.xml: no frames in that range"},
+        {"Endless", project(layer(solid), "width=\"8\" height=\"8\"", 2000000000), "",
+         "p.xml: 2000000000 frames at once"},
         {"Parameter", project(layer(solid + keys)), "",
          "p.xml:7: keyframes: there is no parameter \"size\", only"},
         {"Sources", project(layer(solid + source("s.1.png"))), "",
@@ -278,6 +297,13 @@ TEST_F(RenderCommand, ThreadsResumeAndCacheGiveTheSameFrames) {
     EXPECT_THAT(output, HasSubstr("1 drawn, 7 from the cache"));
     expectWhole("fourth.");
     EXPECT_EQ(run(arguments + "x.[#].exr --cache s.1.exr"), 1);  // no folder
+    ASSERT_EQ(run(arguments + "one.[#].exr --cache one --frames 3"), 0);
+    const fs::path entry = fs::directory_iterator(folder + "/one/v1")->path();
+    fs::remove(entry);
+    fs::create_directory(entry);
+    ASSERT_EQ(run(arguments + "one.[#].exr --cache one --frames 3"), 0);
+    EXPECT_THAT(output, HasSubstr("the cache does not grow: "));
+    EXPECT_TRUE(same("one.3.exr", "whole.3.exr"));
 }
 
 TEST_F(RenderCommand, CtrlCLeavesWholeFramesAndResumeDoesTheRest) {

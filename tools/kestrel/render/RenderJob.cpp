@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <mutex>
 #include <numeric>
@@ -29,6 +30,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t pictureMemory = std::size_t{512} << 20;
+constexpr long long mostFrames = 10'000'000;
 
 /// Frames that look the same: one is drawn, the others get copies of its file.
 struct Task {
@@ -186,28 +188,41 @@ std::vector<Frame> planOutputs(const RenderOptions& options, RenderScene& scene)
         if (scene.frameCount() > 0) scene.fault(0, "no frames in that range");
         return outputs;
     }
+    if (last - first >= mostFrames) {
+        scene.fault(0, std::to_string(last - first + 1) + " frames at once; --frames names a part of them");
+        return outputs;
+    }
     scene.check(first, last);
 
-    const bool isSequence = KSURL(options.output.c_str(), false).isSequence();
+    const KSURL url(options.output.c_str(), false);
+    const bool isSequence = url.isSequence(),
+               isRenumbered = url.getSequenceStart() >= 0 && url.getSequenceEnd() >= 0;
     if (last > first && !isSequence)
         throw std::runtime_error(options.output + ": needs a placeholder such as [####] for " +
                                  std::to_string(last - first + 1) + " frames");
-    std::set<std::string> sources;
-    for (const std::string& path : scene.usedPaths()) sources.insert(identity(path));
+    std::set<std::string> taken = scene.sourceIdentities();
+    taken.insert(identity(options.scene.project));
     for (long long number = first; number <= last; ++number) {
-        if (number < 0 || number > std::numeric_limits<int>::max())
+        if ((number < 0 && isSequence && !isRenumbered) || number < std::numeric_limits<int>::min() ||
+            number > std::numeric_limits<int>::max())
             throw std::runtime_error(options.output + ": no file can have the number " +
                                      std::to_string(number));
         Frame output{static_cast<int>(number),
                      FrameList::outputPath(options.output, static_cast<std::size_t>(number - start),
                                            static_cast<int>(number))};
-        if (sources.contains(identity(output.path)))
-            throw std::runtime_error(output.path + ": would overwrite a source or the project");
+        if (!taken.insert(identity(output.path)).second)
+            throw std::runtime_error(output.path +
+                                     ": would overwrite a source, the project or another frame");
         outputs.push_back(std::move(output));
     }
     const KSBitDepth::Type wanted = options.depth.value_or(KSBitDepth::INTEGER_8);
     if (bestDepthFor(outputs[0].path, wanted) != wanted && options.depth)  // all have one extension
         throw ImageError(options.output + ": this format cannot hold " + depthName(wanted));
+    if (!options.sheet.empty()) {
+        bestDepthFor(options.sheet, wanted);  // throws for a name that cannot be written
+        if (taken.contains(identity(options.sheet)))
+            throw std::runtime_error(options.sheet + ": would overwrite a source, the project or a frame");
+    }
     return outputs;
 }
 

@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <limits>
-#include <set>
 #include <stdexcept>
 
 #include "../ColorText.h"
@@ -215,6 +214,7 @@ void RenderScene::check(long long first, long long last) {
             }
         } catch (const std::exception& error) {
             fault(layer->object.line, layer->title() + error.what());
+            continue;
         }
         if (isSingular) fault(layer->object.line, layer->title() + "its transform cannot be inverted");
     }
@@ -266,11 +266,11 @@ FrameState RenderScene::stateAt(long long frame) {
     return state;
 }
 
-std::vector<std::string> RenderScene::usedPaths() const {
-    std::vector<std::string> paths{m_options.project};
+std::set<std::string> RenderScene::sourceIdentities() const {
+    std::set<std::string> identities;
     for (const auto& [path, files] : m_files)
-        for (std::string& used : files->usedPaths()) paths.push_back(std::move(used));
-    return paths;
+        for (const Frame& frame : files->getFrames()) identities.insert(identity(frame.path));
+    return identities;
 }
 
 }  // namespace kestrel::tools::render

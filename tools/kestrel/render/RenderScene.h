@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,8 +42,8 @@ public:
     void check(long long first, long long last);
     /// Everything that a frame shows. Sound after check() of the frame found no fault.
     FrameState stateAt(long long frame);
-    /// The files that have been looked at, and the project's own.
-    std::vector<std::string> usedPaths() const;
+    /// The identities of all files that its layers name, those of a sequence that no frame shows included.
+    std::set<std::string> sourceIdentities() const;
 
     void fault(long line, const std::string& what);
     /// Prints what was found, in the order of lines, as "project:line: reason"; false if there is a fault.

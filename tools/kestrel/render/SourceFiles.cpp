@@ -17,6 +17,7 @@ const SourceFile& SourceFiles::member(int number) {
     if (const auto& file = look(index)) return *file;
     const SourceFile* const other =
         isSequence() && m_missing != MissingPolicy::stop ? nearest(index) : nullptr;
+    m_nearest[index] = other;
     if (!other) throw std::runtime_error(m_list.getFrames()[index].path + ": no such file");
     if (m_missing == MissingPolicy::hold) return *other;
     auto& black = m_black[index];
@@ -25,13 +26,6 @@ const SourceFile& SourceFiles::member(int number) {
         black->isBlack = true;
     }
     return *black;
-}
-
-std::vector<std::string> SourceFiles::usedPaths() const {
-    std::vector<std::string> paths;
-    for (const auto& [index, file] : m_looked)
-        if (file) paths.push_back(file->path);
-    return paths;
 }
 
 const std::optional<SourceFile>& SourceFiles::look(std::size_t index) {
@@ -51,8 +45,11 @@ const std::optional<SourceFile>& SourceFiles::look(std::size_t index) {
 }
 
 const SourceFile* SourceFiles::nearest(std::size_t index) {
-    for (std::size_t i = index; i-- > 0;)
+    for (std::size_t i = index; i-- > 0;) {
         if (const auto& file = look(i)) return &*file;
+        const auto known = m_nearest.find(i);  // there is nothing between it and index
+        if (known != m_nearest.end()) return known->second;
+    }
     for (std::size_t i = index + 1; i < m_list.getFrames().size(); ++i)
         if (const auto& file = look(i)) return &*file;
     return nullptr;

@@ -39,8 +39,8 @@ public:
     const SourceFile& member(int number);
     int first() const { return m_list.getFrames().front().number; }
     bool isSequence() const { return m_list.isSequence(); }
-    /// Every path that has been given out.
-    std::vector<std::string> usedPaths() const;
+    /// The file, or every member of the sequence, whether it is there, has been asked for, or not.
+    const std::vector<Frame>& getFrames() const { return m_list.getFrames(); }
 
 private:
     const std::optional<SourceFile>& look(std::size_t index);
@@ -49,6 +49,7 @@ private:
     FrameList m_list;
     MissingPolicy m_missing;
     std::map<std::size_t, std::optional<SourceFile>> m_looked, m_black;
+    std::map<std::size_t, const SourceFile*> m_nearest;  // of missing members
 };
 
 }  // namespace kestrel::tools::render

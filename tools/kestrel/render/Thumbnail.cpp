@@ -77,6 +77,8 @@ int writeThumbnail(const RenderOptions& options, const std::string& path) {
     if (last >= first) scene.check(frame, frame);
     if (last < first && scene.frameCount() > 0) scene.fault(0, "no frames in that range");
     if (!scene.reportFaults()) return 1;
+    if (scene.sourceIdentities().contains(identity(path)))
+        throw std::runtime_error(path + ": would overwrite a source");
     scene::Thumbnail thumbnail = draw(scene, frame, options.jobs);
 
     scene::DocumentFile file(path);
