@@ -188,7 +188,8 @@ int KSTimecode::parse(const Unit* text, const Unit* end, const KSTimecodeMode& m
         const std::int64_t framesPerKeep = mode.m_dropsPerKeep * framesPerInterval;
         const std::int64_t last = std::max<std::int64_t>(value - 1, 0);
         const std::int64_t drops = divide(last, framesPerInterval) - divide(last, framesPerKeep);
-        value -= multiply(drops, mode.m_dropFrames);
+        const std::int64_t skipped = multiply(drops, mode.m_dropFrames);
+        if (__builtin_sub_overflow(value, skipped, &value)) value = largestCount;  // skipped is negative
     }
     return toInt(isNegative ? -value : value);
 }

@@ -288,6 +288,8 @@ TEST(KSTimecode, AnyRuleAndAnyFrameFit) {
                             << text << ' ' << frame;
                         KSTimecode::getDroppedFrames(frame, mode);
                     }
+                    const std::string_view largest = "-2147483647:2147483647:2147483647:2147483647";
+                    KSTimecode::getTimeIndex(largest.data(), largest.size(), mode);
                 }
     EXPECT_GE(longest, 20u);  // the table does reach the large texts
 }
