@@ -19,6 +19,8 @@ using namespace reference;  // a processor without vectors runs the plain twins
 #else
 namespace hn = hwy::HWY_NAMESPACE;
 
+// Lambdas capture vectors by reference: those of SVE have no size, and cannot be members.
+
 HWY_INLINE bool isBlack(const Matte& matte) { return matte.red == 0 && matte.green == 0 && matte.blue == 0; }
 
 // ---- Premultiplication
@@ -188,7 +190,7 @@ HWY_INLINE std::size_t DivideBlack8(std::uint8_t* pixels, std::size_t count) {
         const auto alpha = OnlyByte < alphaFirst ? 0 : 3 > (pixel);
         const auto a = ScaledUnit8(df, hn::ConvertTo(df, alpha));
         const auto inverse = hn::IfThenElseZero(hn::Gt(a, hn::Zero(df)), hn::Div(one, a));
-        const auto color = [=](auto c) HWY_ATTR {
+        const auto color = [&](auto c) HWY_ATTR {
             const auto quotient = hn::Mul(ScaledUnit8(df, hn::ConvertTo(df, c)), inverse);
             // Fused or not, all pairs of colour and alpha come out alike.
             return CutInt(df, hn::MulAdd(quotient, hn::Set(df, 255.0f), hn::Set(df, 0.5f)));
@@ -245,7 +247,7 @@ HWY_INLINE std::size_t DivideBlack16(std::uint16_t* pixels, std::size_t count) {
         const auto greenAlpha = number(hn::ShiftRight<16>(hn::BitCast(du, pixel)));
         const auto a = hn::DupOdd(greenAlpha);
         const auto inverse = hn::IfThenElseZero(hn::Gt(a, hn::Zero(df)), hn::Div(one, a));
-        const auto color = [=](auto c) HWY_ATTR {
+        const auto color = [&](auto c) HWY_ATTR {
             const auto product = hn::Min(hn::Mul(hn::Mul(c, inverse), full), full);
             return hn::BitCast(du, CutInt(df, hn::Add(product, half)));  // 0, or 1 and more: no care needed
         };
@@ -272,7 +274,7 @@ HWY_INLINE std::size_t UnpremultiplyWide(Component* pixels, std::size_t count, M
     const auto m = hn::LoadDup128(df, mattes);
     const auto one = hn::Set(df, 1.0f);
     const auto isAlpha = hn::RebindMask(df, hn::MaskFromVec(hn::LoadDup128(du, alphaLane)));
-    const auto divided = [=](auto c) HWY_ATTR {
+    const auto divided = [&](auto c) HWY_ATTR {
         const auto a = hn::Broadcast<3>(c);
         const auto color = hn::Mul(hn::Sub(c, hn::Mul(m, hn::Sub(one, a))), hn::Div(one, a));
         const auto result = hn::IfThenElse(hn::Gt(a, hn::Zero(df)), color, m);
