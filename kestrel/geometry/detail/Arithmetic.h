@@ -1,8 +1,9 @@
 // kestrel/geometry/detail/Arithmetic.h - the few rounding rules that the geometry classes share.
 //
-// Every product is rounded before anything is added to it. A compiler that fused the two (the default of some, once
-// the processor can) would give the inline functions other bits than the library's own code gives, and an inverse to
-// a singular matrix. Therefore whoever links Kestrel::kestrel is compiled with -ffp-contract=off.
+// Every product is rounded before anything is added to it. A compiler that fused the two (the default of
+// some, once the processor can) would give the inline functions other bits than the library's own code gives,
+// and an inverse to a singular matrix. Therefore whoever links Kestrel::kestrel is compiled with
+// -ffp-contract=off.
 #pragma once
 
 #include <limits>
