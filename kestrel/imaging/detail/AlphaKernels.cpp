@@ -14,8 +14,8 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace kestrel::detail::HWY_NAMESPACE {
-#if HWY_TARGET == HWY_SCALAR
-using namespace reference;  // a processor without vectors runs the plain twins
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+using namespace reference;  // emulated vectors would only be slower
 #else
 namespace hn = hwy::HWY_NAMESPACE;
 

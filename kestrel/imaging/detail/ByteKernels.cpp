@@ -9,8 +9,8 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace kestrel::detail::HWY_NAMESPACE {
-#if HWY_TARGET == HWY_SCALAR
-using namespace reference;  // a processor without vectors runs the plain twins
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+using namespace reference;  // without vectors, the plain twins run: emulated ones store unaligned units
 void halve32(std::uint32_t* to, const std::uint32_t* from, std::size_t n) {
     reference::halvePixels(to, from, n);
 }
