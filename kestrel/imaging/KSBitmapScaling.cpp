@@ -56,27 +56,18 @@ public:
     /// to[x] = from[column of x]; the columns lie below available.
     template <typename Pixel>
     void sample(Pixel* to, const Pixel* from, std::size_t available, std::size_t count) const {
-        if constexpr (sizeof(Pixel) == sizeof(std::uint32_t))
-            sampleWords(reinterpret_cast<std::uint32_t*>(to), reinterpret_cast<const std::uint32_t*>(from),
-                        available, count);
-        else if constexpr (sizeof(Pixel) == sizeof(std::uint64_t))
-            sampleWords(reinterpret_cast<std::uint64_t*>(to), reinterpret_cast<const std::uint64_t*>(from),
-                        available, count);
-        else
-            for (std::size_t x = 0; x < count; ++x) to[x] = from[m_table[x]];
+        if constexpr (sizeof(Pixel) == sizeof(std::uint32_t) || sizeof(Pixel) == sizeof(std::uint64_t)) {
+            using Word = std::conditional_t<sizeof(Pixel) == 4, std::uint32_t, std::uint64_t>;
+            auto* const out = reinterpret_cast<Word*>(to);
+            const auto* const in = reinterpret_cast<const Word*>(from);
+            if (m_halves) return halvePixels(out, in, count);
+            if (m_doubles) return doublePixels(out, in, count);
+            if constexpr (sizeof(Pixel) == 4) return samplePixels(out, in, available, m_table.get(), count);
+        }
+        for (std::size_t x = 0; x < count; ++x) to[x] = from[m_table[x]];
     }
 
 private:
-    template <typename Word>
-    void sampleWords(Word* to, const Word* from, std::size_t available, std::size_t count) const {
-        if (m_halves) return halvePixels(to, from, count);
-        if (m_doubles) return doublePixels(to, from, count);
-        if constexpr (sizeof(Word) == sizeof(std::uint32_t))
-            samplePixels(to, from, available, m_table.get(), count);
-        else
-            for (std::size_t x = 0; x < count; ++x) to[x] = from[m_table[x]];
-    }
-
     bool m_halves, m_doubles;
     std::unique_ptr<std::uint32_t[]> m_table;
 };
