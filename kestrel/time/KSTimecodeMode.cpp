@@ -60,7 +60,8 @@ KSTimecodeMode::KSTimecodeMode(const char* name, int fps, int dropFrames, int dr
 }
 
 const KSString& KSTimecodeMode::getName() const noexcept {
-    static const KSString& nameOfTheConstants = *new KSString(Nm30ND);
+    // Never destroyed: the constants outlive every other object.
+    static const KSString& nameOfTheConstants = *std::make_unique<KSString>(Nm30ND).release();
     return m_name.empty() ? nameOfTheConstants : m_name;
 }
 
