@@ -1,10 +1,8 @@
 // kestrel frames and kestrel color, as a user runs them, on real image files.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/wait.h>
+#include "CommandFolder.h"
 
-#include <cstdio>
-#include <cstdlib>
+#include <gmock/gmock.h>
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,34 +13,10 @@ using testing::HasSubstr;
 
 namespace {
 
-class FramesCommand : public testing::Test {
+class FramesCommand : public CommandFolder {
 protected:
-    FramesCommand() {
-        std::string name = (fs::temp_directory_path() / "kestrel-frames-XXXXXX").string();
-        folder = mkdtemp(name.data());
-    }
-    ~FramesCommand() override { fs::remove_all(folder); }
-
-    /// Runs the command in the folder; what it said on both streams stands in output.
-    int run(const std::string& arguments) {
-        const std::string command =
-            "cd " + folder + " && '" KESTREL_BIN_DIR "/kestrel' " + arguments + " 2>&1 </dev/null";
-        FILE* pipe = popen(command.c_str(), "r");
-        output.clear();
-        for (int c; (c = std::fgetc(pipe)) != EOF;) output += static_cast<char>(c);
-        const int status = pclose(pipe);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-    std::string file(const std::string& name) const {
-        std::ifstream in(folder + "/" + name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
     void truncate(const std::string& name) const { fs::resize_file(folder + "/" + name, 300); }
-    std::size_t count() const {
-        return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), {}));
-    }
-
-    std::string folder, output;
+    std::size_t count() const { return countIn("."); }
 };
 
 }  // namespace

@@ -1,14 +1,12 @@
 // kestrel render, as a user runs it, on real documents and image files.
+#include "CommandFolder.h"
+
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 namespace fs = std::filesystem;
@@ -42,42 +40,16 @@ const std::string solid = "<solid c0=\"0.2\" c1=\"0.5\" c2=\"0.8\" alpha=\"1\">R
 const std::string fade =
     "<keyframes count=\"2\"><parameter>opacity</parameter><values>0 0.1 99 1</values></keyframes>";
 
-class RenderCommand : public testing::Test {
+class RenderCommand : public CommandFolder {
 protected:
-    RenderCommand() {
-        std::string name = (fs::temp_directory_path() / "kestrel-render-XXXXXX").string();
-        folder = mkdtemp(name.data());
-    }
-    ~RenderCommand() override { fs::remove_all(folder); }
-
-    /// Runs a line of the shell in the folder, $K being the command; what it said stands in output.
-    int shell(const std::string& line) {
-        const std::string command =
-            "cd " + folder + " && K='" KESTREL_BIN_DIR "/kestrel' && { " + line + "; } 2>&1 </dev/null";
-        FILE* pipe = popen(command.c_str(), "r");
-        output.clear();
-        for (int c; (c = std::fgetc(pipe)) != EOF;) output += static_cast<char>(c);
-        const int status = pclose(pipe);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-    int run(const std::string& arguments) { return shell("$K " + arguments); }
     void put(const std::string& name, const std::string& text) const {
         std::ofstream(folder + '/' + name, std::ios::binary) << text;
-    }
-    std::string file(const std::string& name) const {
-        std::ifstream in(folder + '/' + name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
     }
     bool exists(const std::string& name) const { return fs::exists(folder + '/' + name); }
     /// Two files that are there hold the same bytes.
     bool same(const std::string& a, const std::string& b) const {
         return !file(a).empty() && file(a) == file(b);
     }
-    std::size_t countIn(const std::string& name) const {
-        return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder + '/' + name), {}));
-    }
-
-    std::string folder, output;
 };
 
 std::string source(const std::string& text) { return "<source>" + text + "</source>"; }

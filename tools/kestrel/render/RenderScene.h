@@ -60,7 +60,6 @@ private:
 
     void prepare();
     void prepareSource(Layer& layer);
-    void checkSourceFile(const Layer& layer, const SourceFile& file);
     LayerState stateOf(const Layer& layer, const LayerValues& values, long long frame);
     std::string pathOf(const KSString& source) const;
 
