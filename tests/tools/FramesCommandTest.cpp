@@ -125,6 +125,7 @@ TEST_F(FramesCommand, RefusesWhatCannotBeRight) {
         {"a.01.png ./a.01.png", "would overwrite an input"},
         {"link.png a.01.png", "would overwrite an input"},
         {"'a.[##].png' 'a.[##].png:2:9'", "would overwrite an input"},
+        {"'a.[##].png' 'a.[##].png:2:9' --frames 1-1", "a.02.png: would overwrite an input"},
         {"'a.[##].png' one.png", "needs a placeholder"},
         {"a.01.png 'b.[##].png'", "the input is a single file"},
         {"'a.[##].png' 'b.[##].png:1:1'", "the range is shorter"},
@@ -142,6 +143,10 @@ TEST_F(FramesCommand, RefusesWhatCannotBeRight) {
         EXPECT_NE(run(std::string("frames convert ") + row.arguments), 0) << row.arguments;
         EXPECT_THAT(output, HasSubstr(row.reason)) << row.arguments;
     }
+    EXPECT_EQ(run("frames sheet 'a.[##].png' ./a.02.png"), 1);
+    EXPECT_THAT(output, HasSubstr("./a.02.png: would overwrite an input"));
+    EXPECT_EQ(run("frames test one.png --frames 1-2"), 1);
+    EXPECT_THAT(output, HasSubstr("one.png: needs a placeholder such as [####] for 2 frames"));
     EXPECT_TRUE(file("a.01.png") + file("a.02.png") == before);
     EXPECT_EQ(count(), 4u);
 }
@@ -160,6 +165,11 @@ TEST_F(FramesCommand, CorruptFilesOfEveryKindAreReported) {
         EXPECT_EQ(run("frames info " + name), 1) << name;
     }
     EXPECT_FALSE(fs::exists(folder + "/out.png"));
+}
+
+TEST_F(FramesCommand, TheLargestNumberIsTheLast) {
+    ASSERT_EQ(run("frames test 'a.[@].png' --frames 2147483647-2147483647 --size 8x8"), 0) << output;
+    EXPECT_EQ(output, "a.2147483647.png\n");
 }
 
 TEST_F(FramesCommand, SheetsShowEveryFrame) {

@@ -143,6 +143,8 @@ private:
 
 std::vector<Task> planTasks(const ConvertOptions& options) {
     FrameList input = FrameList::read(options.input);
+    std::set<std::string> inputs;  // also those that --frames leaves out
+    for (const Frame& frame : input.getFrames()) inputs.insert(identity(frame.path));
     if (options.frames) input.restrictTo(options.frames->x, options.frames->y);
     if (input.getFrames().empty()) throw std::runtime_error(options.input + ": no frames in that range");
     const bool toSequence = KSURL(options.output.c_str(), false).isSequence();
@@ -152,8 +154,6 @@ std::vector<Task> planTasks(const ConvertOptions& options) {
     if (!input.isSequence() && toSequence)
         throw std::runtime_error(options.output + ": is a sequence, but the input is a single file");
 
-    std::set<std::string> inputs;
-    for (const Frame& frame : input.getFrames()) inputs.insert(identity(frame.path));
     std::vector<Task> tasks;
     for (std::size_t i = 0; i < input.getFrames().size(); ++i) {
         const Frame& frame = input.getFrames()[i];

@@ -70,6 +70,10 @@ void drawText(KSBitmap& picture, unsigned int x, unsigned int y, std::string_vie
 }
 
 int makeSheet(const std::vector<Frame>& all, const SheetOptions& options) {
+    const std::string output = identity(options.output);
+    for (const Frame& frame : all)
+        if (identity(frame.path) == output) throw ImageError(options.output + ": would overwrite an input");
+
     const std::vector<Frame> frames = thinOut(all, options.most);
     std::vector<BitmapPointer> pictures(frames.size());
     unsigned int height = 0;

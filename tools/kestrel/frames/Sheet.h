@@ -19,7 +19,7 @@ struct SheetOptions {
 };
 
 /// Writes small pictures of the frames, in rows, each with its number; the status of the command. What
-/// cannot be read is left out and said.
+/// cannot be read is left out and said. Throws ImageError rather than overwrite one of the frames.
 int makeSheet(const std::vector<Frame>& frames, const SheetOptions& options);
 
 /// Writes text of digits, ":", ";", "-" and blanks into an RGBA picture of 8 bits, white on black, scale

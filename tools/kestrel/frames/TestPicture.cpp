@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 #include <numbers>
+#include <stdexcept>
 
 #include "../Terminal.h"
 #include "Convert.h"
@@ -49,11 +50,14 @@ BitmapPointer makeTestPicture(unsigned int width, unsigned int height, float pha
 
 int makeTestSequence(const TestOptions& options) {
     const KSBitDepth::Type depth = bestDepthFor(options.output, options.depth);
-    const int count = options.last - options.first + 1;
+    const long long count = static_cast<long long>(options.last) - options.first + 1;
+    if (count > 1 && !KSURL(options.output.c_str(), false).isSequence())
+        throw std::runtime_error(options.output + ": needs a placeholder such as [####] for " +
+                                 std::to_string(count) + " frames");
     Progress progress(static_cast<std::size_t>(count), "frames");
     catchInterrupts();
-    for (int number = options.first; number <= options.last && !isInterrupted(); ++number) {
-        const int index = number - options.first;
+    for (long long index = 0; index < count && !isInterrupted(); ++index) {
+        const int number = static_cast<int>(options.first + index);
         const std::string path =
             FrameList::outputPath(options.output, static_cast<std::size_t>(index), number);
         const float phase = static_cast<float>(index) / static_cast<float>(count);
