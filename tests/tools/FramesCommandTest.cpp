@@ -79,6 +79,11 @@ TEST_F(FramesCommand, StepsThatUndoEachOtherGiveTheSameFile) {
     }
     ASSERT_EQ(run("frames convert s.3.png opaque.png --opaque --flip"), 0);
     EXPECT_TRUE(file("opaque.png") != file("flipped.png"));
+    ASSERT_EQ(run("frames convert s.3.png grey.png --alpha-as-rgb"), 0);
+    ASSERT_EQ(run("frames convert grey.png opaque.png --opaque"), 0);
+    ASSERT_EQ(run("frames convert s.3.png both.png --opaque --alpha-as-rgb"), 0);
+    EXPECT_TRUE(file("both.png") == file("opaque.png"));
+    EXPECT_TRUE(file("both.png") != file("grey.png"));
     ASSERT_EQ(run("frames convert s.3.png deep.exr --depth float"), 0);
     ASSERT_EQ(run("frames convert deep.exr p.exr --premultiply"), 0);
     ASSERT_EQ(run("frames convert p.exr back.png --depth 8 --unpremultiply"), 0) << output;

@@ -171,8 +171,9 @@ BitmapPointer convertBitmap(BitmapPointer bitmap, const Conversion& conversion, 
                             const std::string& what) {
     if (conversion.crop) bitmap = crop(*bitmap, *conversion.crop, what);
     if (conversion.premultiply) premultiply(*bitmap);
-    bitmap->doOutputConversion(conversion.unpremultiply.has_value(), conversion.opaque, conversion.alphaToRGB,
+    bitmap->doOutputConversion(conversion.unpremultiply.has_value(), false, conversion.alphaToRGB,
                                conversion.unpremultiply.value_or(KSColor::BLACK));
+    if (conversion.opaque) bitmap->setConstantAlpha(1.0);  // after alphaToRGB too
     if (conversion.flip) bitmap->flip();
     const unsigned int width = conversion.size ? conversion.size->width : bitmap->getWidth();
     const unsigned int height = conversion.size ? conversion.size->height : bitmap->getHeight();
