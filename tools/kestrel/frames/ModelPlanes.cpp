@@ -9,6 +9,7 @@
 
 #include "../ColorText.h"
 #include "../Commands.h"
+#include "../Terminal.h"
 #include "ImageFile.h"
 
 namespace kestrel::tools {
@@ -70,7 +71,8 @@ void drawPlanes(KSColor::Type type, unsigned int size, const std::string& path) 
 
 void drawAllPlanes(const Options& options) {
     std::filesystem::create_directories(options.folder);
-    for (unsigned int type = KSColor::HSL; type <= KSColor::CLU; ++type) {
+    catchInterrupts();
+    for (unsigned int type = KSColor::HSL; type <= KSColor::CLU && !isInterrupted(); ++type) {
         const std::string path = options.folder + "/" + std::string(modelNames[type]) + ".png";
         drawPlanes(static_cast<KSColor::Type>(type), options.size, path);
         std::printf("%s\n", path.c_str());
@@ -91,6 +93,7 @@ void addPlanes(CLI::App& app) {
             std::fprintf(stderr, "kestrel color: %s\n", error.what());
             throw Exit{1};
         }
+        if (isInterrupted()) throw Exit{interruptStatus()};
     });
 }
 

@@ -7,6 +7,7 @@
 #include <exception>
 #include <vector>
 
+#include "../Terminal.h"
 #include "Convert.h"
 #include "FrameList.h"
 
@@ -73,11 +74,13 @@ int makeSheet(const std::vector<Frame>& all, const SheetOptions& options) {
     const std::string output = identity(options.output);
     for (const Frame& frame : all)
         if (identity(frame.path) == output) throw ImageError(options.output + ": would overwrite an input");
+    catchInterrupts();
 
     const std::vector<Frame> frames = thinOut(all, options.most);
     std::vector<BitmapPointer> pictures(frames.size());
     unsigned int height = 0;
     for (std::size_t i = 0; i < frames.size(); ++i) {
+        if (isInterrupted()) return interruptStatus();
         try {
             BitmapPointer picture = readImage(frames[i].path);
             Conversion conversion;
