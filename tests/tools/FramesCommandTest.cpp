@@ -199,6 +199,11 @@ TEST_F(FramesCommand, ColoursAreConverted) {
         {"1,0,0 --to hwb", 0, "hwb(360, 0, 0)\n"},
         {"clear --to rgb", 0, "rgb(0, 0, 0, 0)\n"},
         {"'HSL( 0 , 0 , 0.25 , 0.5 )' --to rgb", 0, "rgb(0.25, 0.25, 0.25, 0.5)\n"},
+        {"'hsv(360, 1, 1)' --to rgb", 0, "rgb(1, 0, 0)\n"},
+        {"'hsv(-1e-30, 1, 1)' --to rgb", 0, "rgb(1, 0, 0)\n"},
+        {"'hwb(-240, 0, 0)' --to rgb", 0, "rgb(0, 1, 0)\n"},
+        {"'hsl(1e6, 1, 0.5)' --to hsl", 0, "hsl(280, 1, 0.5)\n"},
+        {"'hwb(-720, 0, 0)' --to hwb", 0, "hwb(0, 0, 0)\n"},
         {"'#00ff0080' --to yiq", 0, "yiq(0.587, -0.274, -0.523, 0.501961)\n"},
     };
     for (const auto& row : rows) {

@@ -99,6 +99,17 @@ TEST_F(RenderCommand, SourcesComeThroughAsTheyAre) {
     EXPECT_TRUE(same("back.png", "o.1.png"));
     EXPECT_FALSE(same("turned.png", "o.1.png"));
 
+    // The hue of frame 1 comes out a little below 0, which must not become 360 by rounding.
+    const std::string turning =
+        "<solid c0=\"0\" c1=\"1\" c2=\"1\" alpha=\"1\">HSV</solid><keyframes count=\"2\">"
+        "<parameter>color.c0</parameter><values>0 -10 3 20</values></keyframes>";
+    const std::string red = "<solid c0=\"1\" c1=\"0\" c2=\"0\" alpha=\"1\">RGB</solid>";
+    put("p.xml", project(layer(turning)));
+    put("q.xml", project(layer(red)));
+    ASSERT_EQ(run("render p.xml turning.exr --depth float --frames 1"), 0) << output;
+    ASSERT_EQ(run("render q.xml red.exr --depth float --frames 1"), 0) << output;
+    EXPECT_TRUE(same("turning.exr", "red.exr"));
+
     std::string early =
         project(layer(source("o.[@].png"), "blend=\"0\" opacity=\"1\"", "in=\"-2\" out=\"2\""));
     put("p.xml", early.replace(early.find("start=\"0\""), 9, "start=\"-2\""));

@@ -40,6 +40,7 @@ std::optional<KSColor> parseComponents(KSColor::Type type, std::string_view text
     }
     if (numbers.size() == 3) numbers.push_back(1);
     if (numbers.size() != 4) return std::nullopt;
+    if (hasHue(type)) numbers[0] = foldHue(numbers[0]);
     return KSColor(type, numbers[0], numbers[1], numbers[2], numbers[3]);
 }
 
@@ -58,6 +59,12 @@ std::optional<KSColor> parseHex(std::string_view digits) {
 }
 
 }  // namespace
+
+float foldHue(double degrees) {
+    const double rest = std::fmod(degrees, 360);
+    const auto hue = static_cast<float>(rest < 0 ? rest + 360 : rest);
+    return hue > 0 && hue < 360 ? hue : 0;  // a hue just below 0 rounds up to 360
+}
 
 std::optional<KSColor::Type> parseModel(std::string_view name) {
     const auto found = std::find(modelNames.begin(), modelNames.end(), name);

@@ -20,7 +20,13 @@ inline constexpr const char* colorForms =
     "cyan, "
     "magenta, orange, gray), or MODEL(x,y,z[,a]) with one of hsl, hsv, hwb, rgb, yiq, yuv, clu";
 
-/// Reads a colour in one of these forms, in its own model; nothing when text is none of them.
+/// Whether the model's first component is a hue.
+constexpr bool hasHue(KSColor::Type type) { return type <= KSColor::HWB; }
+/// The same hue in degrees from 0 to below 360, as float: HSVtoRGB has no sector for 360 itself.
+float foldHue(double degrees);
+
+/// Reads a colour in one of these forms, in its own model, with its hue folded; nothing when text is none of
+/// them.
 std::optional<KSColor> parseColor(std::string_view text);
 
 std::optional<KSColor::Type> parseModel(std::string_view name);

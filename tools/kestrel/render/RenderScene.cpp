@@ -236,10 +236,9 @@ LayerState RenderScene::stateOf(const Layer& layer, const LayerValues& values, l
     } else if (layer.object.checker) {
         state.checker = &*layer.object.checker;
     } else {
-        const bool hasHue = layer.model <= KSColor::HWB;
-        const double first = hasHue ? values.c0 - 360 * std::floor(values.c0 / 360) : values.c0;
-        KSColor color(layer.model, static_cast<float>(first), static_cast<float>(values.c1),
-                      static_cast<float>(values.c2), static_cast<float>(std::clamp(values.alpha, 0.0, 1.0)));
+        const float first = hasHue(layer.model) ? foldHue(values.c0) : static_cast<float>(values.c0);
+        KSColor color(layer.model, first, static_cast<float>(values.c1), static_cast<float>(values.c2),
+                      static_cast<float>(std::clamp(values.alpha, 0.0, 1.0)));
         color.convertToRGB();
         state.color = {color.c0, color.c1, color.c2, color.alpha};
     }
