@@ -175,6 +175,8 @@ TEST_F(FramesCommand, CorruptFilesOfEveryKindAreReported) {
 TEST_F(FramesCommand, TheLargestNumberIsTheLast) {
     ASSERT_EQ(run("frames test 'a.[@].png' --frames 2147483647-2147483647 --size 8x8"), 0) << output;
     EXPECT_EQ(output, "a.2147483647.png\n");
+    EXPECT_EQ(run("frames info 'a.[@].png' >/dev/full"), 2);
+    EXPECT_EQ(output, "kestrel: standard output: No space left on device\n");
 }
 
 TEST_F(FramesCommand, SheetsShowEveryFrame) {
@@ -204,6 +206,7 @@ TEST_F(FramesCommand, ColoursAreConverted) {
         {"'hwb(-240, 0, 0)' --to rgb", 0, "rgb(0, 1, 0)\n"},
         {"'hsl(1e6, 1, 0.5)' --to hsl", 0, "hsl(280, 1, 0.5)\n"},
         {"'hwb(-720, 0, 0)' --to hwb", 0, "hwb(0, 0, 0)\n"},
+        {"red >/dev/full", 2, "kestrel: standard output: No space left on device\n"},
         {"'#00ff0080' --to yiq", 0, "yiq(0.587, -0.274, -0.523, 0.501961)\n"},
     };
     for (const auto& row : rows) {

@@ -3,6 +3,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
 namespace kestrel::tools {
 
 /// What a subcommand's callback throws to end the command with an exit status, after it has said why.
@@ -10,17 +14,23 @@ struct Exit {
     int status;
 };
 
-/// Does what the command line asks for; the exit status.
+/// Does what the command line asks for; the exit status. A command that did all, but whose standard output
+/// could not be written, ends with 2.
 inline int parseCommandLine(CLI::App& app, int argc, char** argv) {
     app.require_subcommand(1);
+    int status = 0;
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error);
+        status = app.exit(error);
     } catch (const Exit& exit) {
-        return exit.status;
+        status = exit.status;
     }
-    return 0;
+    if (status != 0) return status;
+    const int error = std::fflush(stdout) != 0 ? errno : std::ferror(stdout) ? EIO : 0;
+    if (error == 0) return 0;
+    std::fprintf(stderr, "kestrel: standard output: %s\n", std::strerror(error));
+    return 2;
 }
 
 void addArmor(CLI::App& app);

@@ -34,7 +34,6 @@ void run(const std::function<int()>& command) {
     } catch (const std::exception& error) {
         std::fprintf(stderr, "kestrel frames: %s\n", error.what());
     }
-    if (std::fflush(stdout) != 0) status = 1;
     if (status != 0) throw Exit{status};
 }
 

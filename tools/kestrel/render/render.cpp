@@ -29,7 +29,7 @@ int run(const render::RenderOptions& options, const std::string& thumbnail) {
         std::fprintf(stderr, "kestrel render: %s\n", error.what());
         status = std::max(status, 1);
     }
-    return std::fflush(stdout) != 0 ? 1 : status;
+    return status;
 }
 
 }  // namespace
