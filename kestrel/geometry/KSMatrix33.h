@@ -166,8 +166,8 @@ constexpr KSMatrix33 KSMatrix33::timesBy(const KSMatrix33& b) const noexcept {
     const Pair low0(b.m00, b.m01), low1(b.m10, b.m11), low2(b.m20, b.m21);
     KSMatrix33 result(*this);
     const auto row = [&](double a0, double a1, double a2, double& m0, double& m1, double& m2) {
-        const Pair low = Pair(a0, a0) * low0 + Pair(a1, a1) * low1 + Pair(a2, a2) * low2;
-        m0 = low.first(), m1 = low.second();
+        // Stored at once: compilers would shuffle the halves and m2 into other pairs first.
+        (Pair(a0, a0) * low0 + Pair(a1, a1) * low1 + Pair(a2, a2) * low2).store(m0, m1);
         m2 = kestrel::detail::dot(a0, a1, a2, b.m02, b.m12, b.m22);
     };
     row(m00, m01, m02, result.m00, result.m01, result.m02);

@@ -10,6 +10,7 @@
 #include <kestrel/geometry/detail/Rotation.h>
 #include <kestrel/platform/Export.h>
 
+#include <functional>
 #include <span>
 #include <type_traits>
 
@@ -73,8 +74,9 @@ public:
 
     /// By the cofactors of the first row.
     constexpr double determinant() const noexcept;
-    /// Every cofactor, transposed, divided by the determinant. False, and nothing changes, if the determinant
-    /// is exactly 0; there is no tolerance.
+    /// Every cofactor, transposed, times the reciprocal of the determinant; divided by the determinant where
+    /// its reciprocal would not be a normal number. False, and nothing changes, if the determinant is exactly
+    /// 0; there is no tolerance.
     constexpr bool invert() noexcept;
 
     /// An amount of exactly 0 is skipped, which shows where the fourth row is not finite.
@@ -261,32 +263,53 @@ constexpr double KSMatrix44::determinant() const noexcept {
 
 template <class Pair>
 constexpr bool KSMatrix44::invertBy() noexcept {
-    // One column each: rows 1 and 0, rows 3 and 2, rows 0 and 2, rows 1 and 3.
-    const Pair a0(m10, m00), a1(m11, m01), a2(m12, m02), a3(m13, m03);
-    const Pair b0(m30, m20), b1(m31, m21), b2(m32, m22), b3(m33, m23);
+    // One column each: rows 0 and 2, rows 1 and 3. Of both the 2x2 minors by their columns, so those of rows
+    // 0 and 1 come first, those of rows 2 and 3 second.
     const Pair p0(m00, m20), p1(m01, m21), p2(m02, m22), p3(m03, m23);
     const Pair q0(m10, m30), q1(m11, m31), q2(m12, m32), q3(m13, m33);
-    // The 2x2 minors by their columns: first those of rows 0 and 1 (s), then those of rows 2 and 3 (c).
     const Pair n01 = p0 * q1 - p1 * q0, n02 = p0 * q2 - p2 * q0, n03 = p0 * q3 - p3 * q0;
     const Pair n12 = p1 * q2 - p2 * q1, n13 = p1 * q3 - p3 * q1, n23 = p2 * q3 - p3 * q2;
-    const auto s = [](const Pair& n) { return firsts(n, n); };
-    const auto c = [](const Pair& n) { return seconds(n, n); };
-    const Pair s01 = s(n01), s02 = s(n02), s03 = s(n03), s12 = s(n12), s13 = s(n13), s23 = s(n23);
-    const Pair c01 = c(n01), c02 = c(n02), c03 = c(n03), c12 = c(n12), c13 = c(n13), c23 = c(n23);
-    // The 3x3 minors by the column left out: of rows 0 and 1 (k), of rows 2 and 3 (l).
-    const Pair k0 = a1 * c23 - a2 * c13 + a3 * c12, k1 = a0 * c23 - a2 * c03 + a3 * c02;
-    const Pair k2 = a0 * c13 - a1 * c03 + a3 * c01, k3 = a0 * c12 - a1 * c02 + a2 * c01;
+    // The 3x3 minors by the column left out, of two rows a with the two rows whose 2x2 minors half takes. They
+    // grow minor by minor: taken one after the other, they cost a sixth more.
+    struct Minors3 {
+        Pair k0, k1, k2, k3;
+    };
+    const auto minors3 = [&](const Pair& a0, const Pair& a1, const Pair& a2, const Pair& a3, auto half) {
+        Pair n = half(n23);
+        Pair k0 = a1 * n, k1 = a0 * n;
+        n = half(n13), k0 = k0 - a2 * n;
+        Pair k2 = a0 * n;
+        n = half(n12), k0 = k0 + a3 * n;
+        Pair k3 = a0 * n;
+        n = half(n03), k1 = k1 - a2 * n, k2 = k2 - a1 * n;
+        n = half(n02), k1 = k1 + a3 * n, k3 = k3 - a1 * n;
+        n = half(n01), k2 = k2 + a3 * n, k3 = k3 + a2 * n;
+        return Minors3{k0, k1, k2, k3};
+    };
+    const auto upper = [](const Pair& n) { return firsts(n, n); };
+    const auto lower = [](const Pair& n) { return seconds(n, n); };
+
+    const auto [k0, k1, k2, k3] =
+        minors3(Pair(m10, m00), Pair(m11, m01), Pair(m12, m02), Pair(m13, m03), lower);
     const double det = (m00 * k0.first() - m01 * k1.first()) + (m02 * k2.first() - m03 * k3.first());
-    if (det == 0) return false;
-    const Pair l0 = b1 * s23 - b2 * s13 + b3 * s12, l1 = b0 * s23 - b2 * s03 + b3 * s02;
-    const Pair l2 = b0 * s13 - b1 * s03 + b3 * s01, l3 = b0 * s12 - b1 * s02 + b2 * s01;
-    const Pair even(det, -det), odd(-det, det);  // with the signs of the cofactors
-    const Pair i00 = k0 / even, i02 = l0 / even, i10 = k1 / odd, i12 = l1 / odd;
-    const Pair i20 = k2 / even, i22 = l2 / even, i30 = k3 / odd, i32 = l3 / odd;
-    *this = KSMatrix44(i00.first(), i00.second(), i02.first(), i02.second(),  //
-                       i10.first(), i10.second(), i12.first(), i12.second(),  //
-                       i20.first(), i20.second(), i22.first(), i22.second(),  //
-                       i30.first(), i30.second(), i32.first(), i32.second());
+    const bool divide = !kestrel::detail::hasReciprocal(det);
+    if (divide && det == 0) return false;
+    const auto [l0, l1, l2, l3] =
+        minors3(Pair(m30, m20), Pair(m31, m21), Pair(m32, m22), Pair(m33, m23), upper);
+    const auto scaled = [&](const Pair& even, const Pair& odd, auto by) {  // with the signs of the cofactors
+        const Pair i00 = by(k0, even), i02 = by(l0, even), i10 = by(k1, odd), i12 = by(l1, odd);
+        const Pair i20 = by(k2, even), i22 = by(l2, even), i30 = by(k3, odd), i32 = by(l3, odd);
+        return KSMatrix44(i00.first(), i00.second(), i02.first(), i02.second(),  //
+                          i10.first(), i10.second(), i12.first(), i12.second(),  //
+                          i20.first(), i20.second(), i22.first(), i22.second(),  //
+                          i30.first(), i30.second(), i32.first(), i32.second());
+    };
+    if (divide) [[unlikely]] {
+        *this = scaled(Pair(det, -det), Pair(-det, det), std::divides<Pair>());
+    } else {
+        const double r = 1 / det;
+        *this = scaled(Pair(r, -r), Pair(-r, r), std::multiplies<Pair>());
+    }
     return true;
 }
 

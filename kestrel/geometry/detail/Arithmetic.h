@@ -28,6 +28,12 @@ constexpr bool isNear(double a, double b) noexcept {
     return difference < matrixTolerance && difference > -matrixTolerance;  // false for NaN
 }
 
+/// Whether 1 / v is neither infinite nor denormal nor NaN.
+constexpr bool hasReciprocal(double v) noexcept {
+    const double size = __builtin_fabs(v);
+    return size >= 0x1p-1022 && size <= 0x1p1022;
+}
+
 /// floor(v + 0.5 + 1e-7): the pixel that a coordinate rounds to. Beyond the range of int the nearest limit,
 /// for NaN 0.
 constexpr int roundToPixel(double v) noexcept {

@@ -1,6 +1,8 @@
 // kestrel/geometry/detail/Pair.h - two doubles that go through the same arithmetic side by side.
 #pragma once
 
+#include <cstring>
+
 namespace kestrel::detail {
 
 /// The plain form, for constant expressions.
@@ -10,6 +12,8 @@ public:
 
     constexpr double first() const noexcept { return m_first; }
     constexpr double second() const noexcept { return m_second; }
+    /// Writes both to two doubles of one object, of which b follows a in memory.
+    constexpr void store(double& a, double& b) const noexcept { a = m_first, b = m_second; }
 
     friend constexpr PlainPair operator+(PlainPair a, PlainPair b) noexcept {
         return {a.m_first + b.m_first, a.m_second + b.m_second};
@@ -38,6 +42,7 @@ public:
 
     double first() const noexcept { return m_both[0]; }
     double second() const noexcept { return m_both[1]; }
+    void store(double& a, double& /*b*/) const noexcept { std::memcpy(&a, &m_both, sizeof m_both); }
 
     friend VectorPair operator+(VectorPair a, VectorPair b) noexcept { return a.m_both + b.m_both; }
     friend VectorPair operator-(VectorPair a, VectorPair b) noexcept { return a.m_both - b.m_both; }
