@@ -172,6 +172,14 @@ TEST_F(FramesCommand, CorruptFilesOfEveryKindAreReported) {
     EXPECT_FALSE(fs::exists(folder + "/out.png"));
 }
 
+TEST_F(FramesCommand, TestSequencesMayNameTheirRange) {
+    ASSERT_EQ(run("frames test 'a.[##].png:11:12' --frames 1-2 --size 8x8"), 0) << output;
+    EXPECT_EQ(output, "a.11.png\na.12.png\n");
+    EXPECT_EQ(run("frames test 'b.[##].png:11:12' --frames 1-3 --size 8x8"), 1);
+    EXPECT_THAT(output, HasSubstr("b.[##].png:11:12: the range is shorter"));
+    EXPECT_EQ(count(), 2u);
+}
+
 TEST_F(FramesCommand, TheLargestNumberIsTheLast) {
     ASSERT_EQ(run("frames test 'a.[@].png' --frames 2147483647-2147483647 --size 8x8"), 0) << output;
     EXPECT_EQ(output, "a.2147483647.png\n");

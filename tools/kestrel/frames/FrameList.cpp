@@ -102,7 +102,7 @@ std::string FrameList::outputPath(const std::string& text, std::size_t index, in
     const bool hasRange = url.getSequenceStart() >= 0 && url.getSequenceEnd() >= 0;
     const KSURL member =
         url.getURLforIndex(hasRange ? static_cast<unsigned>(index) : static_cast<unsigned>(number));
-    if (member.empty()) throw std::runtime_error(text + ": the range is shorter than the input's");
+    if (member.empty()) throw std::runtime_error(text + ": the range is shorter than the number of frames");
     return filePath(member);
 }
 

@@ -49,22 +49,25 @@ BitmapPointer makeTestPicture(unsigned int width, unsigned int height, float pha
 }
 
 int makeTestSequence(const TestOptions& options) {
-    const KSBitDepth::Type depth = bestDepthFor(options.output, options.depth);
     const long long count = static_cast<long long>(options.last) - options.first + 1;
     if (count > 1 && !KSURL(options.output.c_str(), false).isSequence())
         throw std::runtime_error(options.output + ": needs a placeholder such as [####] for " +
                                  std::to_string(count) + " frames");
+    const auto numberOf = [&](long long index) { return static_cast<int>(options.first + index); };
+    const auto pathOf = [&](long long index) {
+        return FrameList::outputPath(options.output, static_cast<std::size_t>(index), numberOf(index));
+    };
+    // All have the extension of the last, whose number must lie in the output's range.
+    const KSBitDepth::Type depth = bestDepthFor(pathOf(count - 1), options.depth);
     Progress progress(static_cast<std::size_t>(count), "frames");
     catchInterrupts();
     for (long long index = 0; index < count && !isInterrupted(); ++index) {
-        const int number = static_cast<int>(options.first + index);
-        const std::string path =
-            FrameList::outputPath(options.output, static_cast<std::size_t>(index), number);
+        const std::string path = pathOf(index);
         const float phase = static_cast<float>(index) / static_cast<float>(count);
         BitmapPointer picture;
         if (options.pattern == "disc") {
             picture = makeTestPicture(options.width, options.height, phase, path);
-            drawText(*picture, 8, 8, std::to_string(number), std::max(1u, options.height / 90));
+            drawText(*picture, 8, 8, std::to_string(numberOf(index)), std::max(1u, options.height / 90));
         } else {
             picture = makeTestPattern(options.pattern, options.width, options.height, phase, options.color,
                                       options.color2, path);
