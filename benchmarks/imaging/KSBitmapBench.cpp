@@ -1,179 +1,233 @@
-// Operations on frames of 1920x1080 and 3840x2160, in bytes read plus written a second, beside memcpy of the
-// same frame. Each item checks first that its operation does something to these pixels; what it must do is
-// the tests' affair.
+// KSBitmap's operations, beside memcpy of the same frames (see PixelOperations.h). What an operation must do
+// is the tests' affair: here it must do something, and other libraries are compared with it.
+#include "PixelOperations.h"
+
 #include <kestrel/color/KSColor.h>
 #include <kestrel/imaging/KSBitmapMemory.h>
 #include <kestrel/imaging/KSBitmap_t.h>
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <random>
+#include <type_traits>
 #include <vector>
 
 namespace {
 
-using Bitmap = std::unique_ptr<KSBitmap>;
+enum Format : unsigned { RGBA8 = 0, ARGB8 = 1, YUV8 = 2, RGBA16 = 4, Half = 8, Float = 9 };
 
-void randomize(KSBitmap& bitmap) {
-    std::mt19937_64 random(5);
-    const unsigned format = bitmap.getPixelFormat();
-    if (format == 9) {
-        auto* f = reinterpret_cast<float*>(bitmap.getData());
-        for (unsigned i = 0; i < bitmap.getSize() / 4; ++i)
-            f[i] = static_cast<float>(random() % 4096) / 4095.0f;
-    } else if (format == 8) {
-        auto* h = reinterpret_cast<std::uint16_t*>(bitmap.getData());
-        for (unsigned i = 0; i < bitmap.getSize() / 2; ++i)
-            h[i] = static_cast<std::uint16_t>(random() % 0x3C01);
-    } else {
-        for (unsigned i = 0; i + 8 <= bitmap.getSize(); i += 8) {
-            const std::uint64_t bits = random();
-            std::memcpy(bitmap.getData() + i, &bits, 8);
-        }
-    }
+enum class How {
+    inPlace,   ///< again and again on the same frame: no kernel's time depends on values
+    restored,  ///< in place, from the same pixels each time, restored outside the clock
+    copying    ///< from one frame to another
+};
+
+struct PixelOperation {
+    const char* name;
+    How how;
+    Format to, from;
+    int toPart, fromPart;  ///< sizes of both frames, as parts of the full one
+    void (*run)(KSBitmap& to, const KSBitmap& from);
+};
+
+void scaled(KSBitmap& to, const KSBitmap& from) { to.copyWithScaling(from); }
+void converted(KSBitmap& to, const KSBitmap& from) { to.copyWithScalingAndDepthConversion(from); }
+void divided(KSBitmap& to, const KSBitmap&) { to.unpremultiply(KSColor::BLACK); }
+
+#define RUN(call) [](KSBitmap& to, [[maybe_unused]] const KSBitmap& from) { call; }
+
+constexpr PixelOperation operations[] = {
+    {"memcpy/8", How::copying, RGBA8, RGBA8, 1, 1,
+     RUN(std::memcpy(to.getData(), from.getData(), to.getSize()))},
+    {"memcpy/16", How::copying, RGBA16, RGBA16, 1, 1,
+     RUN(std::memcpy(to.getData(), from.getData(), to.getSize()))},
+    {"memcpy/float", How::copying, Float, Float, 1, 1,
+     RUN(std::memcpy(to.getData(), from.getData(), to.getSize()))},
+
+    {"premultiply8", How::inPlace, RGBA8, RGBA8, 1, 1, RUN(to.preMult())},
+    {"unPreMult8", How::inPlace, ARGB8, ARGB8, 1, 1, RUN(to.unPreMult())},
+    {"unpremultiply8", How::restored, RGBA8, RGBA8, 1, 1, divided},
+    {"unpremultiply8Matte", How::restored, RGBA8, RGBA8, 1, 1, RUN(to.unpremultiply(KSColor::RED))},
+    {"unpremultiply16", How::restored, RGBA16, RGBA16, 1, 1, divided},
+    {"unpremultiplyHalf", How::restored, Half, Half, 1, 1, divided},
+    {"unpremultiplyFloat", How::restored, Float, Float, 1, 1, divided},
+    {"copyWithUnPreMult", How::copying, ARGB8, ARGB8, 1, 1, RUN(to.copyWithUnPreMult(from, KSColor::BLACK))},
+
+    {"swizzleInPlace", How::inPlace, RGBA8, RGBA8, 1, 1,
+     RUN(to.getPixelFormat() == RGBA8 ? to.convertToARGB() : to.convertToRGBA())},
+    {"swizzleCopying", How::copying, RGBA8, ARGB8, 1, 1, RUN(to.copyWithSwizzleARGBToRGBA(from))},
+    {"rotateFloat", How::inPlace, Float, Float, 1, 1, RUN(to.convertToARGB())},
+    {"flipInPlace", How::inPlace, RGBA8, RGBA8, 1, 1, RUN(to.flip())},
+    {"flipCopying", How::copying, RGBA8, RGBA8, 1, 1, RUN(to.copyWithFlip(from))},
+    {"yuvToArgb", How::copying, ARGB8, YUV8, 1, 1, RUN(to.copy(from))},
+    {"argbToYuv", How::copying, YUV8, ARGB8, 1, 1, RUN(to.copy(from))},
+    {"constantAlpha8", How::inPlace, RGBA8, RGBA8, 1, 1, RUN(to.setConstantAlpha(1.0))},
+    {"invertAlpha8", How::inPlace, RGBA8, RGBA8, 1, 1, RUN(to.invertAlpha())},
+    {"alphaToRGB8", How::inPlace, RGBA8, RGBA8, 1, 1, RUN(to.duplicateAlphaToRGB())},
+
+    {"scaleDown8", How::copying, RGBA8, RGBA8, 2, 1, scaled},
+    {"scaleUp8", How::copying, RGBA8, RGBA8, 1, 2, scaled},
+    {"scaleDown16", How::copying, RGBA16, RGBA16, 2, 1, scaled},
+    {"scaleUp16", How::copying, RGBA16, RGBA16, 1, 2, scaled},
+    {"scaleDownFloat", How::copying, Float, Float, 2, 1, scaled},
+    {"scaleUpFloat", How::copying, Float, Float, 1, 2, scaled},
+    {"scaleOddly8", How::copying, RGBA8, RGBA8, 3, 2, scaled},
+    {"scaleOddly16", How::copying, RGBA16, RGBA16, 3, 2, scaled},
+    {"scaleOddlyFloat", How::copying, Float, Float, 3, 2, scaled},
+
+    {"from8To16", How::copying, RGBA16, RGBA8, 1, 1, converted},
+    {"from16To8", How::copying, ARGB8, RGBA16, 1, 1, converted},
+    {"from8ToFloat", How::copying, Float, RGBA8, 1, 1, converted},
+    {"from16ToFloat", How::copying, Float, RGBA16, 1, 1, converted},
+    {"fromHalfToFloat", How::copying, Float, Half, 1, 1, converted},
+    {"fromHalfTo8", How::copying, ARGB8, Half, 1, 1, converted},
+    {"fromHalfTo16", How::copying, RGBA16, Half, 1, 1, converted},
+    {"fromFloatTo8", How::copying, ARGB8, Float, 1, 1, converted},
+    {"fromFloatTo16", How::copying, RGBA16, Float, 1, 1, converted},
+};
+
+// ---- Frames
+
+/// As many random components as make a pattern: of 0 to 1 in floats, of all values in integers.
+template <typename Component, typename Draw>
+std::vector<std::uint8_t> pattern(Draw draw) {
+    std::mt19937 random(5);
+    std::vector<Component> components(65521);
+    for (auto& component : components) component = static_cast<Component>(draw(random));
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(components.data());
+    return {bytes, bytes + sizeof(Component) * components.size()};
 }
 
-Bitmap frame(const benchmark::State& state, unsigned format, int part = 1) {
-    const auto height = static_cast<unsigned>(state.range(0) / part);
-    Bitmap bitmap(KSCreateBitmap(height * 16 / 9, height, format));
+void randomize(KSBitmap& bitmap) {
+    static const auto bytes = pattern<std::uint16_t>([](auto& random) { return random(); });
+    static const auto halves = pattern<std::uint16_t>([](auto& random) { return random() % 0x3C01; });
+    static const auto floats =
+        pattern<float>([](auto& random) { return static_cast<float>(random() % 4096) / 4095.0f; });
+    const unsigned format = bitmap.getPixelFormat();
+    const auto& repeated = format == Float ? floats : format == Half ? halves : bytes;
+    for (std::size_t done = 0; done < bitmap.getSize(); done += repeated.size())
+        std::memcpy(bitmap.getData() + done, repeated.data(),
+                    std::min<std::size_t>(repeated.size(), bitmap.getSize() - done));
+}
+
+using Bitmap = std::unique_ptr<KSBitmap>;
+
+Bitmap frame(std::int64_t height, Format format, int part = 1) {
+    const auto rows = static_cast<unsigned>(height / part);
+    Bitmap bitmap(KSCreateBitmap(rows * 16 / 9, rows, format));
     randomize(*bitmap);
     return bitmap;
 }
 
-void count(benchmark::State& state, std::size_t bytes) {
-    state.SetBytesProcessed(static_cast<std::int64_t>(bytes) * state.iterations());
+struct Frames {
+    Frames(const PixelOperation& operation, std::int64_t height)
+        : to(frame(height, operation.to, operation.toPart)),
+          from(frame(height, operation.from, operation.fromPart)) {
+        if (operation.how == How::copying) std::memset(to->getData(), 0x5A, to->getSize());
+    }
+    Bitmap to, from;
+};
+
+// ---- Comparison
+
+/// Integers by what they differ, floats by which part of themselves.
+template <typename Component>
+std::string differences(const KSBitmap& a, const KSBitmap& b) {
+    const auto* left = reinterpret_cast<const Component*>(a.getData());
+    const auto* right = reinterpret_cast<const Component*>(b.getData());
+    const std::size_t count = a.getSize() / sizeof(Component);
+    std::size_t differing = 0;
+    double most = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (left[i] == right[i]) continue;
+        ++differing;
+        const auto ours = static_cast<double>(left[i]), theirs = static_cast<double>(right[i]);
+        most =
+            std::max(most, std::fabs(ours - theirs) / (std::is_integral_v<Component> ? 1 : std::fabs(ours)));
+    }
+    if (differing == 0) return "equal";
+    char text[80];
+    std::snprintf(text, sizeof text, "%.2g%% differ, by up to %.2g",
+                  100.0 * static_cast<double>(differing) / static_cast<double>(count), most);
+    return text;
 }
 
-/// Runs an operation that must change the bitmap; tells Google Benchmark when it does not.
-template <typename Operation>
-bool changes(benchmark::State& state, KSBitmap& bitmap, Operation operation) {
-    const std::vector<std::uint8_t> before(bitmap.getData(), bitmap.getData() + bitmap.getSize());
-    operation();
-    const bool changed = std::memcmp(before.data(), bitmap.getData(), before.size()) != 0;
-    if (!changed) state.SkipWithError("the operation did nothing");
-    return changed;
+/// How a peer's frame compares with ours; the peers leave components in their order when only depth changes.
+std::string comparison(const PixelOperation& operation, std::int64_t height, const KSBitmap& theirs) {
+    Frames ours(operation, height);
+    operation.run(*ours.to, *ours.from);
+    if (operation.run == converted && operation.to == ARGB8) ours.to->convertToRGBA();
+    if (ours.to->getSize() != theirs.getSize()) return "of another size";
+    switch (operation.to) {
+        case RGBA16:
+            return differences<std::uint16_t>(*ours.to, theirs);
+        case Half:
+            return differences<half>(*ours.to, theirs);
+        case Float:
+            return differences<float>(*ours.to, theirs);
+        default:
+            return differences<std::uint8_t>(*ours.to, theirs);
+    }
 }
 
-#define FRAMES ->Arg(1080)->Arg(2160)->Unit(benchmark::kMicrosecond)
+// ---- Measurement
 
-template <unsigned format>
-void copyFrame(benchmark::State& state) {
-    const Bitmap a = frame(state, format), b = frame(state, format);
+/// Measures prepare's run; with a label when it is a peer's, which is formed once.
+void measure(benchmark::State& state, const PixelOperation& operation, const PixelPeer& prepare,
+             std::string* label) {
+    const Frames frames(operation, state.range(0));
+    KSBitmap &to = *frames.to, &from = *frames.from;
+    const std::vector<std::uint8_t> before(to.getData(), to.getData() + to.getSize());
+    const PixelRun run = prepare(to, from);
+    run();
+    if (std::memcmp(before.data(), to.getData(), before.size()) == 0)
+        return state.SkipWithError("the operation did nothing");
+    if (label) {
+        if (label->empty()) *label = comparison(operation, state.range(0), to);
+        state.SetLabel(*label);
+    }
     for (auto _ : state) {
-        std::memcpy(b->getData(), a->getData(), a->getSize());
+        if (operation.how == How::restored) {
+            state.PauseTiming();
+            std::memcpy(to.getData(), from.getData(), to.getSize());
+            state.ResumeTiming();
+        }
+        run();
         benchmark::ClobberMemory();
     }
-    count(state, 2 * std::size_t{a->getSize()});
-}
-BENCHMARK(copyFrame<0>)->Name("memcpy/8") FRAMES;
-BENCHMARK(copyFrame<4>)->Name("memcpy/16") FRAMES;
-BENCHMARK(copyFrame<9>)->Name("memcpy/float") FRAMES;
-
-/// An operation in place. Data that an operation changes run by run would drift, but no kernel's time
-/// depends on values; mutating operations are restored by their own inverse or by nothing at all.
-template <unsigned format, typename Operation>
-void inPlace(benchmark::State& state, Operation operation) {
-    const Bitmap bitmap = frame(state, format);
-    if (!changes(state, *bitmap, [&] { operation(*bitmap); })) return;
-    for (auto _ : state) {
-        operation(*bitmap);
-        benchmark::ClobberMemory();
-    }
-    count(state, 2 * std::size_t{bitmap->getSize()});
+    const std::size_t read = operation.how == How::copying ? from.getSize() : to.getSize();
+    state.SetBytesProcessed(static_cast<std::int64_t>(to.getSize() + read) * state.iterations());
 }
 
-/// Unpremultiplication of the same random pixels each time: the frame is restored outside the clock.
-template <unsigned format>
-void unpremultiply(benchmark::State& state, const KSColor& matte) {
-    const Bitmap source = frame(state, format), bitmap = frame(state, format);
-    if (!changes(state, *bitmap, [&] { bitmap->unpremultiply(matte); })) return;
-    for (auto _ : state) {
-        state.PauseTiming();
-        std::memcpy(bitmap->getData(), source->getData(), source->getSize());
-        state.ResumeTiming();
-        bitmap->unpremultiply(matte);
-        benchmark::ClobberMemory();
-    }
-    count(state, 2 * std::size_t{bitmap->getSize()});
+benchmark::internal::Benchmark* add(const std::string& name, const PixelOperation& operation,
+                                    PixelPeer prepare, std::shared_ptr<std::string> label) {
+    return benchmark::RegisterBenchmark(name.c_str(),
+                                        [&operation, prepare, label](benchmark::State& state) {
+                                            measure(state, operation, prepare, label.get());
+                                        })
+        ->Arg(1080)
+        ->Arg(2160)
+        ->Unit(benchmark::kMicrosecond);
 }
 
-/// From one bitmap to another, the destination a fraction of the size.
-template <unsigned to, unsigned from, int toPart = 1, int fromPart = 1, typename Operation>
-void copying(benchmark::State& state, Operation operation) {
-    const Bitmap target = frame(state, to, toPart), source = frame(state, from, fromPart);
-    std::memset(target->getData(), 0x5A, target->getSize());
-    if (!changes(state, *target, [&] { operation(*target, *source); })) return;
-    for (auto _ : state) {
-        operation(*target, *source);
-        benchmark::ClobberMemory();
-    }
-    count(state, std::size_t{target->getSize()} + source->getSize());
-}
-
-#define IN_PLACE(name, format, call)                         \
-    void name(benchmark::State& state) {                     \
-        inPlace<format>(state, [](KSBitmap& b) { b.call; }); \
-    }                                                        \
-    BENCHMARK(name) FRAMES
-#define COPYING(name, to, from, call)                                                            \
-    void name(benchmark::State& state) {                                                         \
-        copying<to, from>(state, [](KSBitmap& target, const KSBitmap& source) { target.call; }); \
-    }                                                                                            \
-    BENCHMARK(name) FRAMES
-#define SCALING(name, to, from, toPart, fromPart, call)                                                     \
-    void name(benchmark::State& state) {                                                                    \
-        copying<to, from, toPart, fromPart>(state,                                                          \
-                                            [](KSBitmap& target, const KSBitmap& source) { target.call; }); \
-    }                                                                                                       \
-    BENCHMARK(name) FRAMES
-
-IN_PLACE(premultiply8, 1, preMult());
-IN_PLACE(unPreMult8, 1, unPreMult());
-void unpremultiply8(benchmark::State& state) { unpremultiply<1>(state, KSColor::BLACK); }
-BENCHMARK(unpremultiply8) FRAMES;
-void unpremultiply8Matte(benchmark::State& state) { unpremultiply<1>(state, KSColor::RED); }
-BENCHMARK(unpremultiply8Matte) FRAMES;
-void unpremultiply16(benchmark::State& state) { unpremultiply<4>(state, KSColor::BLACK); }
-BENCHMARK(unpremultiply16) FRAMES;
-void unpremultiplyHalf(benchmark::State& state) { unpremultiply<8>(state, KSColor::BLACK); }
-BENCHMARK(unpremultiplyHalf) FRAMES;
-void unpremultiplyFloat(benchmark::State& state) { unpremultiply<9>(state, KSColor::BLACK); }
-BENCHMARK(unpremultiplyFloat) FRAMES;
-COPYING(copyWithUnPreMult, 1, 1, copyWithUnPreMult(source, KSColor::BLACK));
-
-void swizzleInPlace(benchmark::State& state) {
-    inPlace<0>(state, [](KSBitmap& b) { b.getPixelFormat() == 0 ? b.convertToARGB() : b.convertToRGBA(); });
-}
-BENCHMARK(swizzleInPlace) FRAMES;
-COPYING(swizzleCopying, 0, 1, copyWithSwizzleARGBToRGBA(source));
-IN_PLACE(rotateFloat, 9, convertToARGB());
-IN_PLACE(flipInPlace, 0, flip());
-COPYING(flipCopying, 0, 0, copyWithFlip(source));
-COPYING(yuvToArgb, 1, 2, copy(source));
-COPYING(argbToYuv, 2, 1, copy(source));
-IN_PLACE(constantAlpha8, 0, setConstantAlpha(1.0));
-IN_PLACE(invertAlpha8, 0, invertAlpha());
-IN_PLACE(alphaToRGB8, 0, duplicateAlphaToRGB());
-
-SCALING(scaleDown8, 0, 0, 2, 1, copyWithScaling(source));
-SCALING(scaleUp8, 0, 0, 1, 2, copyWithScaling(source));
-SCALING(scaleDown16, 4, 4, 2, 1, copyWithScaling(source));
-SCALING(scaleUp16, 4, 4, 1, 2, copyWithScaling(source));
-SCALING(scaleDownFloat, 9, 9, 2, 1, copyWithScaling(source));
-SCALING(scaleUpFloat, 9, 9, 1, 2, copyWithScaling(source));
-SCALING(scaleOddly8, 0, 0, 3, 2, copyWithScaling(source));
-
-COPYING(from8To16, 4, 0, copyWithScalingAndDepthConversion(source));
-COPYING(from16To8, 1, 4, copyWithScalingAndDepthConversion(source));
-COPYING(from8ToFloat, 9, 0, copyWithScalingAndDepthConversion(source));
-COPYING(from16ToFloat, 9, 4, copyWithScalingAndDepthConversion(source));
-COPYING(fromHalfToFloat, 9, 8, copyWithScalingAndDepthConversion(source));
-COPYING(fromHalfTo8, 1, 8, copyWithScalingAndDepthConversion(source));
-COPYING(fromFloatTo8, 1, 9, copyWithScalingAndDepthConversion(source));
-COPYING(fromFloatTo16, 4, 9, copyWithScalingAndDepthConversion(source));
+[[maybe_unused]] const bool ours = [] {
+    for (const PixelOperation& operation : operations)
+        add(
+            operation.name, operation,
+            [&operation](KSBitmap& to, KSBitmap& from) {
+                return [&operation, &to, &from] { operation.run(to, from); };
+            },
+            nullptr);
+    return true;
+}();
 
 /// A 4K frame allocated, one byte of each page touched, and freed.
 void allocateFrame(benchmark::State& state) {
@@ -194,3 +248,12 @@ void allocateFreshFrame(benchmark::State& state) {
 BENCHMARK(allocateFreshFrame)->Name("allocate 4K frame, fresh")->Unit(benchmark::kMicrosecond);
 
 }  // namespace
+
+void addPixelPeer(const std::string& operation, const std::string& library, PixelPeer peer) {
+    const auto* found = std::find_if(std::begin(operations), std::end(operations),
+                                     [&](const PixelOperation& each) { return operation == each.name; });
+    if (found == std::end(operations)) std::abort();  // a name that the table does not have
+    // The time of all threads counts, should a library have some of its own.
+    add(operation + ", " + library, *found, std::move(peer), std::make_shared<std::string>())
+        ->MeasureProcessCPUTime();
+}
