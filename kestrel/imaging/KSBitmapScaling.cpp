@@ -17,6 +17,12 @@ namespace {
 
 using namespace kestrel::detail;
 
+using PixelRGBA8 = KSBitmapRGBA8::Pixel;
+using PixelARGB8 = KSBitmapARGB8::Pixel;
+using PixelRGBA16 = KSBitmapRGBA16::Pixel;
+using PixelHalf = KSBitmapRGBAHalfFloat::Pixel;
+using PixelFloat = KSBitmapRGBAFloat::Pixel;
+
 /// Where the rows or columns of a destination come from.
 class Sampling {
 public:
@@ -82,6 +88,14 @@ void scaleRows(KSBitmap& destination, const KSBitmap& source, Convert convert) {
     if (!width || !height || !sourceWidth || !source.getHeight()) return;
     if (!destination.getData() || !source.getData()) return;
 
+    if (width == sourceWidth && height == source.getHeight()) {  // one row of all pixels
+        const std::size_t count =
+            std::min(flatPixels(destination, sizeof(To)), flatPixels(source, sizeof(From)));
+        convert(reinterpret_cast<To*>(destination.getData()), reinterpret_cast<const From*>(source.getData()),
+                count);
+        return;
+    }
+
     const Sampling ys(source.getHeight(), height);
     std::optional<Columns> columns;
     std::unique_ptr<From[]> picked;
@@ -137,15 +151,17 @@ void scale(KSBitmap& destination, const KSBitmap& source) {
 constexpr BytePattern toRGBAOrder = componentOrder<std::uint8_t, 4>({1, 2, 3, 0});
 constexpr BytePattern toARGBOrder = componentOrder<std::uint8_t, 4>({3, 0, 1, 2});
 
-/// Pixels of one layout into another, both with four components.
+/// Pixels of one layout into another, both with four components; ARGB is always of 8 bits.
 template <typename To, typename From>
 void convertPixels(To* to, const From* from, std::size_t count) {
-    constexpr bool fromARGB = From::Info::format == KSPixelInfoARGB8::format;
-    constexpr bool toARGB = To::Info::format == KSPixelInfoARGB8::format;
     auto* target = to->components;
-    if constexpr (std::is_same_v<To, From>)
-        if (to == from) return;           // a bitmap onto itself
-    if constexpr (fromARGB && !toARGB) {  // reordered in pieces that stay in the cache
+    if constexpr (std::is_same_v<To, From>) {
+        if (to != from) std::memcpy(target, from, count * sizeof(To));
+    } else if constexpr (std::is_same_v<To, PixelARGB8> && std::is_same_v<From, PixelRGBA8>) {
+        shuffleBytes(target, from->components, 4 * count, toARGBOrder);
+    } else if constexpr (std::is_same_v<To, PixelARGB8>) {
+        convertToARGB(target, from->components, count);
+    } else if constexpr (std::is_same_v<From, PixelARGB8>) {  // reordered in pieces that stay in the cache
         constexpr std::size_t piece = 256;
         std::uint8_t reordered[4 * piece];
         for (std::size_t done = 0; done < count; done += piece) {
@@ -155,7 +171,6 @@ void convertPixels(To* to, const From* from, std::size_t count) {
         }
     } else {
         convertDepth(target, from->components, 4 * count);
-        if constexpr (toARGB && !fromARGB) shuffleBytes(target, target, 4 * count, toARGBOrder);
     }
 }
 
@@ -163,12 +178,6 @@ template <typename To, typename From>
 void scaleAndConvert(KSBitmap& destination, const KSBitmap& source) {
     scaleRows<To, From>(destination, source, convertPixels<To, From>);
 }
-
-using PixelRGBA8 = KSBitmapRGBA8::Pixel;
-using PixelARGB8 = KSBitmapARGB8::Pixel;
-using PixelRGBA16 = KSBitmapRGBA16::Pixel;
-using PixelHalf = KSBitmapRGBAHalfFloat::Pixel;
-using PixelFloat = KSBitmapRGBAFloat::Pixel;
 
 template <typename To>
 void scaleAndConvertFrom(KSBitmap& destination, const KSBitmap& source) {

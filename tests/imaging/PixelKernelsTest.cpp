@@ -56,6 +56,8 @@ const Component* as(const std::uint8_t* bytes) {
 #define DEPTH_ROW(To, From)                                                                                \
     ROW(#From " to " #To, sizeof(To), sizeof(From), sizeof(To) > sizeof(From) ? sizeof(To) : sizeof(From), \
         convertDepth(as<To>(to), as<From>(from), n))
+#define ARGB_ROW(From) \
+    ROW(#From " to ARGB", 4, 4 * sizeof(From), sizeof(From), convertToARGB(to, as<From>(from), n))
 
 using u8 = std::uint8_t;
 using u16 = std::uint16_t;
@@ -101,10 +103,6 @@ const std::vector<Kernel>& kernels() {
         ROW("unpremultiply float, grey", 16, 0, 4, unpremultiplyRGBAFloat(as<float>(to), n, grey)),
         ROW("invert alpha half", 8, 0, 2, invertAlphaHalf(as<half>(to), n)),
         ROW("invert alpha float", 16, 0, 4, invertAlphaFloat(as<float>(to), n)),
-        DEPTH_ROW(u8, u8),
-        DEPTH_ROW(u8, u16),
-        DEPTH_ROW(u8, half),
-        DEPTH_ROW(u8, float),
         DEPTH_ROW(u16, u8),
         DEPTH_ROW(u16, u16),
         DEPTH_ROW(u16, half),
@@ -113,6 +111,9 @@ const std::vector<Kernel>& kernels() {
         DEPTH_ROW(float, u16),
         DEPTH_ROW(float, half),
         DEPTH_ROW(float, float),
+        ARGB_ROW(u16),
+        ARGB_ROW(half),
+        ARGB_ROW(float),
     };
     return all;
 }
@@ -208,8 +209,9 @@ TEST(PixelKernels, EqualTheirTwinsForAll16BitValues) {
     std::memcpy(bytes.data(), values.data(), bytes.size());
     forEachTarget([&] {
         for (const Kernel& kernel : kernels()) {
-            if (kernel.fromItem == 2) {
-                ASSERT_NO_FATAL_FAILURE(expectSame(kernel, Bytes(bytes.size() * 2), bytes, 0, values.size()));
+            if (kernel.fromItem == 2 || (kernel.fromItem == 8 && kernel.toItem == 4)) {
+                const std::size_t n = bytes.size() / kernel.fromItem;
+                ASSERT_NO_FATAL_FAILURE(expectSame(kernel, Bytes(bytes.size() * 2), bytes, 0, n));
             }
             if (kernel.alignment == 2 && kernel.toItem == 8) {
                 ASSERT_NO_FATAL_FAILURE(expectSame(kernel, bytes, {}, 0, values.size() / 4));
@@ -248,8 +250,9 @@ TEST(PixelKernels, EqualTheirTwinsAroundEveryRounding) {
     for (std::size_t i = 12; i < opaque.size(); i += 16) std::memcpy(&opaque[i], &one, 4);
     forEachTarget([&] {
         for (const Kernel& kernel : kernels()) {
-            if (kernel.fromItem == 4 && kernel.alignment == 4) {
-                ASSERT_NO_FATAL_FAILURE(expectSame(kernel, Bytes(bytes.size()), bytes, 0, floats.size()));
+            if (kernel.alignment == 4 && (kernel.fromItem == 4 || kernel.fromItem == 16)) {
+                const std::size_t n = bytes.size() / kernel.fromItem;
+                ASSERT_NO_FATAL_FAILURE(expectSame(kernel, Bytes(bytes.size()), bytes, 0, n));
             }
             if (kernel.toItem == 16 && kernel.alignment == 4) {
                 ASSERT_NO_FATAL_FAILURE(expectSame(kernel, bytes, {}, 0, floats.size() / 4));
@@ -275,11 +278,15 @@ TEST(PixelReference, PremultipliesExactly) {
 TEST(PixelReference, DepthsHaveOneRightAnswer) {
     for (unsigned v = 0; v < 65536; ++v) {
         const auto wide = static_cast<std::uint16_t>(v);
-        std::uint8_t narrow;
+        const std::uint16_t pixel[4] = {wide, 0, 257, 65535};
+        std::uint8_t narrow, argb[4];
         std::uint16_t back;
         float number;
-        reference::convertDepth(&narrow, &wide, 1);
-        ASSERT_EQ(narrow, std::lround(v / 257.0)) << v;
+        reference::convertToARGB(argb, pixel, 1);
+        ASSERT_EQ(argb[1], std::lround(v / 257.0)) << v;
+        ASSERT_EQ(argb[0], 255);
+        ASSERT_EQ(argb[2], 0);
+        ASSERT_EQ(argb[3], 1);
         reference::convertDepth(&back, &wide, 1);
         ASSERT_EQ(back, v);
         reference::convertDepth(&number, &wide, 1);

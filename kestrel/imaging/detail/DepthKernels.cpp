@@ -1,6 +1,8 @@
 // Rows of components from one depth to another (see DepthKernels.h).
 #include <kestrel/imaging/detail/DepthKernels.h>
 
+#include <hwy/cache_control.h>
+
 #include <cstring>
 #include <type_traits>
 
@@ -14,125 +16,175 @@ HWY_BEFORE_NAMESPACE();
 namespace kestrel::detail::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
+// Each kernel turns components in groups of four vectors, as far as they go, and tells how many.
+
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+// None: emulated vectors would only be slower than the plain twins.
 template <typename To, typename From>
-HWY_INLINE void Convert(To* to, const From* from, std::size_t components) {
+HWY_INLINE std::size_t Convert(To*, const From*, std::size_t) {
+    return 0;
+}
+#else
+
+/// Asks for the memory that comes a kilobyte after components that are read now: processors see by themselves
+/// that a frame is read from one end to the other, but too late for kernels that do little with much memory.
+template <typename From>
+HWY_INLINE void ReadAhead(const From* from, std::size_t components) {
+    const auto* bytes = reinterpret_cast<const char*>(from);
+    for (std::size_t i = 0; i < components * sizeof(From); i += 64) hwy::Prefetch(bytes + 1024 + i);
+}
+
+/// Two vectors of integers as one vector of integers of half their width, in their order; what does not fit
+/// becomes the nearest that does.
+template <class DN, class V>
+HWY_INLINE hn::Vec<DN> Narrow(DN dn, V a, V b) {
+#if HWY_TARGET == HWY_AVX2  // packing works within blocks: one permutation puts the parts in order
+    (void)dn;
+    __m256i packed;
+    if constexpr (std::is_same_v<hn::TFromD<DN>, std::uint8_t>)
+        packed = _mm256_packus_epi16(a.raw, b.raw);
+    else if constexpr (std::is_same_v<hn::TFromD<DN>, std::uint16_t>)
+        packed = _mm256_packus_epi32(a.raw, b.raw);
+    else
+        packed = _mm256_packs_epi32(a.raw, b.raw);
+    return hn::Vec<DN>{_mm256_permute4x64_epi64(packed, 0xD8)};
+#else
+    const hn::Half<DN> dh;
+    return hn::Combine(dn, hn::DemoteTo(dh, b), hn::DemoteTo(dh, a));
+#endif
+}
+
+/// Bytes of RGBA pixels as ARGB.
+template <class V>
+HWY_INLINE V AlphaFirst(V rgba) {
+    alignas(16) static constexpr std::uint8_t order[16] = {3,  0, 1, 2,  7,  4,  5,  6,
+                                                           11, 8, 9, 10, 15, 12, 13, 14};
+    return hn::TableLookupBytes(rgba, hn::LoadDup128(hn::DFromV<V>(), order));
+}
+
+// ---- To floats
+
+template <typename From>
+HWY_INLINE std::size_t Convert(float* to, const From* from, std::size_t components) {
     const hn::ScalableTag<float> df;
     const std::size_t lanes = hn::Lanes(df);
     std::size_t i = 0;
-    for (; i + lanes <= components; i += lanes) StoreNumbers(df, LoadNumbers(df, from + i), to + i);
-    reference::convertDepth(to + i, from + i, components - i);
+    for (; i + 4 * lanes <= components; i += 4 * lanes) {
+        ReadAhead(from + i, 4 * lanes);
+        const auto a = LoadNumbers(df, from + i), b = LoadNumbers(df, from + i + lanes);
+        const auto c = LoadNumbers(df, from + i + 2 * lanes), e = LoadNumbers(df, from + i + 3 * lanes);
+        hn::StoreU(a, df, to + i);
+        hn::StoreU(b, df, to + i + lanes);
+        hn::StoreU(c, df, to + i + 2 * lanes);
+        hn::StoreU(e, df, to + i + 3 * lanes);
+    }
+    return i;
 }
 
-/// Stores integers that fit the narrower components, in their order: two vectors of 16 bits as bytes, two of
-/// 32 bits as 16 bits, four of 32 bits as bytes.
-template <class V>
-HWY_INLINE void StoreNarrow(std::uint8_t* to, hn::ScalableTag<std::int16_t> d, V a, V b) {
-    const hn::Rebind<std::uint8_t, decltype(d)> d8;
-#if HWY_TARGET == HWY_AVX2  // packing works within blocks: one permutation for all puts the parts in order
-    (void)d8;
-    const auto packed = _mm256_permute4x64_epi64(_mm256_packus_epi16(a.raw, b.raw), 0xD8);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), packed);
-#else
-    hn::StoreU(hn::DemoteTo(d8, a), d8, to);
-    hn::StoreU(hn::DemoteTo(d8, b), d8, to + hn::Lanes(d));
-#endif
+// ---- From floats. The product of a half is never near the two floats that need care.
+
+template <class DF>
+HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> Rounded(DF df, const half* from, float full) {
+    return RoundedInt<false>(df, hn::Mul(LoadAnyNaN(df, from), hn::Set(df, full)), full);
 }
-template <class V>
-HWY_INLINE void StoreNarrow(std::uint16_t* to, hn::ScalableTag<std::int32_t> d, V a, V b, V c, V e) {
-    const hn::Rebind<std::uint16_t, decltype(d)> d16;
-    const std::size_t lanes = hn::Lanes(d);
-#if HWY_TARGET == HWY_AVX2
-    (void)d16;
-    auto* out = reinterpret_cast<__m256i*>(to);
-    _mm256_storeu_si256(out, _mm256_permute4x64_epi64(_mm256_packus_epi32(a.raw, b.raw), 0xD8));
-    _mm256_storeu_si256(out + 1, _mm256_permute4x64_epi64(_mm256_packus_epi32(c.raw, e.raw), 0xD8));
-    (void)lanes;
-#else
-    hn::StoreU(hn::DemoteTo(d16, a), d16, to);
-    hn::StoreU(hn::DemoteTo(d16, b), d16, to + lanes);
-    hn::StoreU(hn::DemoteTo(d16, c), d16, to + 2 * lanes);
-    hn::StoreU(hn::DemoteTo(d16, e), d16, to + 3 * lanes);
-#endif
-}
-template <class V>
-HWY_INLINE void StoreNarrow(std::uint8_t* to, hn::ScalableTag<std::int32_t> d, V a, V b, V c, V e) {
-    const hn::Rebind<std::uint8_t, decltype(d)> d8;
-    const std::size_t lanes = hn::Lanes(d);
-#if HWY_TARGET == HWY_AVX2
-    (void)d8, (void)lanes;
-    const auto packed =
-        _mm256_packus_epi16(_mm256_packs_epi32(a.raw, b.raw), _mm256_packs_epi32(c.raw, e.raw));
-    const auto order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm256_permutevar8x32_epi32(packed, order));
-#else
-    hn::StoreU(hn::DemoteTo(d8, a), d8, to);
-    hn::StoreU(hn::DemoteTo(d8, b), d8, to + lanes);
-    hn::StoreU(hn::DemoteTo(d8, c), d8, to + 2 * lanes);
-    hn::StoreU(hn::DemoteTo(d8, e), d8, to + 3 * lanes);
-#endif
+template <class DF>
+HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> Rounded(DF df, const float* from, float full) {
+    return RoundedInt(df, hn::Mul(hn::LoadU(df, from), hn::Set(df, full)), full);
 }
 
-/// Floats and halves as integers. The product of a half is never near the two floats that need care.
-template <typename To, typename From>
-HWY_INLINE void Round(To* to, const From* from, std::size_t components) {
+template <typename From>
+HWY_INLINE std::size_t Convert(std::uint16_t* to, const From* from, std::size_t components) {
     const hn::ScalableTag<float> df;
-    const hn::RebindToSigned<decltype(df)> di;
-    constexpr float full = static_cast<To>(~To{});
+    const hn::Repartition<std::uint16_t, decltype(df)> d16;
     const std::size_t lanes = hn::Lanes(df);
-    const auto round = [=](const From* place) HWY_ATTR {
-        if constexpr (std::is_same_v<From, half>)
-            return RoundedInt<false>(df, hn::Mul(LoadAnyNaN(df, place), hn::Set(df, full)), full);
-        else
-            return RoundedInt(df, hn::Mul(hn::LoadU(df, place), hn::Set(df, full)), full);
+    const auto two = [=](const From* place) HWY_ATTR {
+        return Narrow(d16, Rounded(df, place, 65535), Rounded(df, place + lanes, 65535));
     };
     std::size_t i = 0;
     for (; i + 4 * lanes <= components; i += 4 * lanes) {
-        const From* place = from + i;
-        StoreNarrow(to + i, di, round(place), round(place + lanes), round(place + 2 * lanes),
-                    round(place + 3 * lanes));
+        ReadAhead(from + i, 4 * lanes);
+        hn::StoreU(two(from + i), d16, to + i);
+        hn::StoreU(two(from + i + 2 * lanes), d16, to + i + 2 * lanes);
     }
-    reference::convertDepth(to + i, from + i, components - i);
+    return i;
 }
 
+template <typename From>
+HWY_INLINE std::size_t Convert(std::uint8_t* to, const From* from, std::size_t components) {
+    const hn::ScalableTag<float> df;
+    const hn::Repartition<std::int16_t, decltype(df)> d16;
+    const hn::Repartition<std::uint8_t, decltype(df)> d8;
+    const std::size_t lanes = hn::Lanes(df);
+    const auto two = [=](const From* place) HWY_ATTR {
+        return Narrow(d16, Rounded(df, place, 255), Rounded(df, place + lanes, 255));
+    };
+    std::size_t i = 0;
+    for (; i + 4 * lanes <= components; i += 4 * lanes) {
+        ReadAhead(from + i, 4 * lanes);
+        hn::StoreU(AlphaFirst(Narrow(d8, two(from + i), two(from + i + 2 * lanes))), d8, to + i);
+    }
+    return i;
+}
+
+// ---- Between integers
+
 /// The one right answer is v * 257.
-void Convert8To16(std::uint16_t* to, const std::uint8_t* from, std::size_t components) {
+HWY_INLINE std::size_t Convert(std::uint16_t* to, const std::uint8_t* from, std::size_t components) {
     const hn::ScalableTag<std::uint16_t> d16;
     const hn::Rebind<std::uint8_t, decltype(d16)> d8;
     const std::size_t lanes = hn::Lanes(d16);
     std::size_t i = 0;
     for (; i + 2 * lanes <= components; i += 2 * lanes) {
+        ReadAhead(from + i, 2 * lanes);
         const auto a = hn::PromoteTo(d16, hn::LoadU(d8, from + i));
         const auto b = hn::PromoteTo(d16, hn::LoadU(d8, from + i + lanes));
         hn::StoreU(hn::Mul(a, hn::Set(d16, 257)), d16, to + i);
         hn::StoreU(hn::Mul(b, hn::Set(d16, 257)), d16, to + i + lanes);
     }
-    reference::convertDepth(to + i, from + i, components - i);
+    return i;
 }
 
 /// The one right answer is v / 257, rounded to nearest (257 is odd: there are no ties): that is v + 128, kept
 /// to 16 bits, times 0xFF01 / 2^24 (which is a little more than 1 / 257), rounded down.
-void Convert16To8(std::uint8_t* to, const std::uint16_t* from, std::size_t components) {
-    const hn::ScalableTag<std::int16_t> d16;
-    const hn::RebindToUnsigned<decltype(d16)> du16;
+HWY_INLINE std::size_t Convert(std::uint8_t* to, const std::uint16_t* from, std::size_t components) {
+    const hn::ScalableTag<std::uint16_t> d16;
+    const hn::Repartition<std::uint8_t, decltype(d16)> d8;
     const std::size_t lanes = hn::Lanes(d16);
-    const auto narrow = [=](const std::uint16_t* place) HWY_ATTR {
-        const auto v = hn::LoadU(du16, place);
-        const auto product = hn::MulHigh(hn::SaturatedAdd(v, hn::Set(du16, 128)), hn::Set(du16, 0xFF01));
-        return hn::BitCast(d16, hn::ShiftRight<8>(product));
+    const auto quotient = [=](const std::uint16_t* place) HWY_ATTR {
+        const auto v = hn::SaturatedAdd(hn::LoadU(d16, place), hn::Set(d16, 128));
+        const auto product = hn::MulHigh(v, hn::Set(d16, 0xFF01));
+        return hn::BitCast(hn::RebindToSigned<decltype(d16)>(), hn::ShiftRight<8>(product));
     };
     std::size_t i = 0;
-    for (; i + 2 * lanes <= components; i += 2 * lanes)
-        StoreNarrow(to + i, d16, narrow(from + i), narrow(from + i + lanes));
-    reference::convertDepth(to + i, from + i, components - i);
+    for (; i + 2 * lanes <= components; i += 2 * lanes) {
+        ReadAhead(from + i, 2 * lanes);
+        hn::StoreU(AlphaFirst(Narrow(d8, quotient(from + i), quotient(from + i + lanes))), d8, to + i);
+    }
+    return i;
 }
+#endif
 
-void ConvertHalfTo8(std::uint8_t* to, const half* from, std::size_t n) { Round(to, from, n); }
-void ConvertFloatTo8(std::uint8_t* to, const float* from, std::size_t n) { Round(to, from, n); }
-void ConvertHalfTo16(std::uint16_t* to, const half* from, std::size_t n) { Round(to, from, n); }
-void ConvertFloatTo16(std::uint16_t* to, const float* from, std::size_t n) { Round(to, from, n); }
-void Convert8ToFloat(float* to, const std::uint8_t* from, std::size_t n) { Convert(to, from, n); }
-void Convert16ToFloat(float* to, const std::uint16_t* from, std::size_t n) { Convert(to, from, n); }
-void ConvertHalfToFloat(float* to, const half* from, std::size_t n) { Convert(to, from, n); }
+#define KESTREL_DEPTH(Kernel, To, From)                                     \
+    void Kernel(To* to, const From* from, std::size_t components) {         \
+        const std::size_t done = Convert(to, from, components);             \
+        reference::convertDepth(to + done, from + done, components - done); \
+    }
+KESTREL_DEPTH(Convert8To16, std::uint16_t, std::uint8_t)
+KESTREL_DEPTH(ConvertHalfTo16, std::uint16_t, half)
+KESTREL_DEPTH(ConvertFloatTo16, std::uint16_t, float)
+KESTREL_DEPTH(Convert8ToFloat, float, std::uint8_t)
+KESTREL_DEPTH(Convert16ToFloat, float, std::uint16_t)
+KESTREL_DEPTH(ConvertHalfToFloat, float, half)
+#undef KESTREL_DEPTH
+#define KESTREL_TO_ARGB(Kernel, From)                                        \
+    void Kernel(std::uint8_t* to, const From* from, std::size_t pixels) {    \
+        const std::size_t done = Convert(to, from, 4 * pixels);              \
+        reference::convertToARGB(to + done, from + done, pixels - done / 4); \
+    }
+KESTREL_TO_ARGB(Convert16ToARGB8, std::uint16_t)
+KESTREL_TO_ARGB(ConvertHalfToARGB8, half)
+KESTREL_TO_ARGB(ConvertFloatToARGB8, float)
+#undef KESTREL_TO_ARGB
 
 }  // namespace kestrel::detail::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
@@ -140,27 +192,21 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace kestrel::detail {
 
-#define KESTREL_DEPTH(To, From, Kernel)                                   \
-    HWY_EXPORT(Kernel);                                                   \
-    void convertDepth(To* to, const From* from, std::size_t components) { \
-        HWY_DYNAMIC_DISPATCH(Kernel)(to, from, components);               \
-    }
-KESTREL_DEPTH(std::uint8_t, std::uint16_t, Convert16To8)
-KESTREL_DEPTH(std::uint8_t, half, ConvertHalfTo8)
-KESTREL_DEPTH(std::uint8_t, float, ConvertFloatTo8)
-KESTREL_DEPTH(std::uint16_t, std::uint8_t, Convert8To16)
-KESTREL_DEPTH(std::uint16_t, half, ConvertHalfTo16)
-KESTREL_DEPTH(std::uint16_t, float, ConvertFloatTo16)
-KESTREL_DEPTH(float, std::uint8_t, Convert8ToFloat)
-KESTREL_DEPTH(float, std::uint16_t, Convert16ToFloat)
-KESTREL_DEPTH(float, half, ConvertHalfToFloat)
+#define KESTREL_DEPTH(name, To, From, Kernel) \
+    HWY_EXPORT(Kernel);                       \
+    void name(To* to, const From* from, std::size_t count) { HWY_DYNAMIC_DISPATCH(Kernel)(to, from, count); }
+KESTREL_DEPTH(convertDepth, std::uint16_t, std::uint8_t, Convert8To16)
+KESTREL_DEPTH(convertDepth, std::uint16_t, half, ConvertHalfTo16)
+KESTREL_DEPTH(convertDepth, std::uint16_t, float, ConvertFloatTo16)
+KESTREL_DEPTH(convertDepth, float, std::uint8_t, Convert8ToFloat)
+KESTREL_DEPTH(convertDepth, float, std::uint16_t, Convert16ToFloat)
+KESTREL_DEPTH(convertDepth, float, half, ConvertHalfToFloat)
+KESTREL_DEPTH(convertToARGB, std::uint8_t, std::uint16_t, Convert16ToARGB8)
+KESTREL_DEPTH(convertToARGB, std::uint8_t, half, ConvertHalfToARGB8)
+KESTREL_DEPTH(convertToARGB, std::uint8_t, float, ConvertFloatToARGB8)
 #undef KESTREL_DEPTH
 
-// A value of 8 or 16 bits comes back from its number.
-
-void convertDepth(std::uint8_t* to, const std::uint8_t* from, std::size_t components) {
-    std::memcpy(to, from, components);
-}
+// A value of 16 bits comes back from its number.
 
 void convertDepth(std::uint16_t* to, const std::uint16_t* from, std::size_t components) {
     std::memcpy(to, from, components * sizeof(std::uint16_t));

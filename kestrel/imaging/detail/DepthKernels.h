@@ -12,10 +12,6 @@
 namespace kestrel::detail {
 
 #define KESTREL_DEPTH_KERNELS                                                                \
-    void convertDepth(std::uint8_t* to, const std::uint8_t* from, std::size_t components);   \
-    void convertDepth(std::uint8_t* to, const std::uint16_t* from, std::size_t components);  \
-    void convertDepth(std::uint8_t* to, const half* from, std::size_t components);           \
-    void convertDepth(std::uint8_t* to, const float* from, std::size_t components);          \
     void convertDepth(std::uint16_t* to, const std::uint8_t* from, std::size_t components);  \
     void convertDepth(std::uint16_t* to, const std::uint16_t* from, std::size_t components); \
     void convertDepth(std::uint16_t* to, const half* from, std::size_t components);          \
@@ -23,7 +19,11 @@ namespace kestrel::detail {
     void convertDepth(float* to, const std::uint8_t* from, std::size_t components);          \
     void convertDepth(float* to, const std::uint16_t* from, std::size_t components);         \
     void convertDepth(float* to, const half* from, std::size_t components);                  \
-    void convertDepth(float* to, const float* from, std::size_t components);
+    void convertDepth(float* to, const float* from, std::size_t components);                 \
+    /* pixels of RGBA to bytes of ARGB */                                                    \
+    void convertToARGB(std::uint8_t* to, const std::uint16_t* from, std::size_t pixels);     \
+    void convertToARGB(std::uint8_t* to, const half* from, std::size_t pixels);              \
+    void convertToARGB(std::uint8_t* to, const float* from, std::size_t pixels);
 
 KESTREL_DEPTH_KERNELS
 namespace reference {

@@ -30,6 +30,12 @@ void convert(To* to, const From* from, std::size_t components) {
     for (std::size_t i = 0; i < components; ++i) store(to[i], toNumber(from[i]));
 }
 
+template <typename From>
+void convertPixels(std::uint8_t* to, const From* from, std::size_t pixels) {
+    for (; pixels; --pixels, to += 4, from += 4)
+        for (std::size_t i = 0; i < 4; ++i) store(to[(i + 1) % 4], toNumber(from[i]));
+}
+
 }  // namespace
 
 void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const BytePattern& order) {
@@ -68,10 +74,6 @@ void convertARGBTo422(std::uint8_t* to, const std::uint8_t* from, std::size_t pa
     }
 }
 
-void convertDepth(std::uint8_t* to, const std::uint8_t* from, std::size_t n) { convert(to, from, n); }
-void convertDepth(std::uint8_t* to, const std::uint16_t* from, std::size_t n) { convert(to, from, n); }
-void convertDepth(std::uint8_t* to, const half* from, std::size_t n) { convert(to, from, n); }
-void convertDepth(std::uint8_t* to, const float* from, std::size_t n) { convert(to, from, n); }
 void convertDepth(std::uint16_t* to, const std::uint8_t* from, std::size_t n) { convert(to, from, n); }
 void convertDepth(std::uint16_t* to, const std::uint16_t* from, std::size_t n) { convert(to, from, n); }
 void convertDepth(std::uint16_t* to, const half* from, std::size_t n) { convert(to, from, n); }
@@ -80,5 +82,8 @@ void convertDepth(float* to, const std::uint8_t* from, std::size_t n) { convert(
 void convertDepth(float* to, const std::uint16_t* from, std::size_t n) { convert(to, from, n); }
 void convertDepth(float* to, const half* from, std::size_t n) { convert(to, from, n); }
 void convertDepth(float* to, const float* from, std::size_t n) { convert(to, from, n); }
+void convertToARGB(std::uint8_t* to, const std::uint16_t* from, std::size_t n) { convertPixels(to, from, n); }
+void convertToARGB(std::uint8_t* to, const half* from, std::size_t n) { convertPixels(to, from, n); }
+void convertToARGB(std::uint8_t* to, const float* from, std::size_t n) { convertPixels(to, from, n); }
 
 }  // namespace kestrel::detail::reference
