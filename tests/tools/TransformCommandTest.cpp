@@ -23,6 +23,10 @@ constexpr CommandRow rows[] = {
      "inverse       0.5 0 0 -0.5\n              0 0.5 0 -1\n              0 0 0.5 -1.5\n"
      "              0 0 0 1\n"
      "position      1 2 3\nrotation      0 0 0\nscale         2 2 2\nshear xz yz   0 0\n"},
+    {"SpaceReadsTheRotationBehindScalesAndShear", "",
+     "--3d --rotate 10,-20,30 --scale 2,3,4 --shear 15,0 | awk '/^rot/ { printf \"%.9f %.9f %.9f\\n\", $2, "
+     "$3, $4 }'",
+     0, "10.000000000 -20.000000000 30.000000000\n"},
     {"MapsPoints", "1 2\n\n-3.5,+4\n", "--position -10,5 --scale 2 --map", 0, "-8 9\n-17 13\n"},
     {"MapsPointsOfSpaceBack", "8 10 12", "--3d --scale 2,2,4 --inverse --map", 0, "4 5 3\n"},
     {"PivotLandsOnThePosition", "50 60", "--pivot 50,60 --position 7,8 --rotate 33 --shear 10,0 --map", 0,
@@ -31,6 +35,14 @@ constexpr CommandRow rows[] = {
     {"DividesByTheWeight", "4 6", "--matrix '1 0 0 0 1 0 0 0 2' --perspective --map", 0, "2 3\n"},
     {"NamesTheBadLine", "1 2\n3 x\n", "--map", 2,
      "1 2\nkestrel transform: standard input:2: expected 2 numbers, found \"3 x\"\n"},
+    {"NamesAnInputThatCannotBeRead", "", "--map </", 2,
+     "kestrel transform: standard input: Is a directory\n"},
+    {"PixelsAreOfPoints", "", "--pixels", 107,
+     "--pixels requires --map\nRun with --help for more information.\n"},
+    {"NotANumberHasNoSign", "nan -nan\n", "--map --scale -1", 0, "nan nan\n"},
+    {"ToAFullDisk", "", "--scale 2 >/dev/full", 2, "kestrel: standard output: No space left on device\n"},
+    {"PointsToAFullDisk", "1 2\n", "--map >/dev/full", 2,
+     "kestrel: standard output: No space left on device\n"},
     {"WantsTheRightNumberOfCoordinates", "1 2 3\n", "--map", 2,
      "kestrel transform: standard input:1: expected 2 numbers, found \"1 2 3\"\n"},
     {"WantsNumbers", "", "--scale big", 2, "kestrel transform: --scale: \"big\" is not a list of numbers\n"},

@@ -35,6 +35,14 @@ std::string printable(std::string_view text) {
     return result;
 }
 
+std::string inQuotes(std::string_view text) {
+    constexpr std::size_t longest = 100;
+    if (text.size() <= longest) return '"' + printable(text) + '"';
+    std::size_t end = longest;
+    while (end > longest - 4 && (text[end] & 0xC0) == 0x80) --end;  // not within a character
+    return '"' + printable(text.substr(0, end)) + "...\"";
+}
+
 std::string filePath(const KSURL& url) {
     std::string path(4096, '\0');
     if (!CFURLGetFileSystemRepresentation(url.cf_url(), true, reinterpret_cast<UInt8*>(path.data()),

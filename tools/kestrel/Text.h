@@ -18,6 +18,8 @@ std::string utf8(const KSString& string);
 KSString fromUTF8(std::string_view text);
 /// Without characters that would steer a terminal.
 std::string printable(std::string_view text);
+/// Printable, between double quotes, and cut where it is long: a piece of input in a message.
+std::string inQuotes(std::string_view text);
 /// The bytes of the path that a URL names, for the system's calls; empty for a URL that is no file.
 std::string filePath(const KSURL& url);
 

@@ -2,10 +2,11 @@
 #include <kestrel/geometry/KSMatrix33.h>
 #include <kestrel/geometry/KSMatrix44.h>
 
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <iostream>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <span>
@@ -15,6 +16,8 @@
 #include <vector>
 
 #include "Commands.h"
+#include "InputLines.h"
+#include "Text.h"
 
 namespace kestrel::tools {
 
@@ -58,18 +61,20 @@ std::optional<std::vector<double>> readNumbers(std::string_view text) {
 std::vector<double> readOption(const char* name, const std::string& text, std::size_t least,
                                std::size_t most) {
     auto numbers = readNumbers(text);
-    if (!numbers) fail(std::string(name) + ": \"" + text + "\" is not a list of numbers");
+    if (!numbers) fail(std::string(name) + ": " + inQuotes(text) + " is not a list of numbers");
     if (numbers->size() < least || numbers->size() > most) {
         fail(std::string(name) + ": expected " + (least < most ? std::to_string(least) + " to " : "") +
-             std::to_string(most) + " numbers, found " + std::to_string(numbers->size()) + " in \"" + text +
-             "\"");
+             std::to_string(most) + (most == 1 ? " number" : " numbers") + ", found " +
+             std::to_string(numbers->size()) + " in " + inQuotes(text));
     }
     return *numbers;
 }
 
 void append(std::string& text, double value) {
+    value += 0.0;                                    // -0 becomes 0
+    if (std::isnan(value)) value = std::abs(value);  // whose sign differs between processors
     char buffer[32];
-    text.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, value + 0.0).ptr);  // -0 becomes 0
+    text.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
 }
 
 void append(std::string& text, std::span<const double> values) {
@@ -82,7 +87,7 @@ void append(std::string& text, std::span<const double> values) {
 
 void put(const std::string& text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size())
-        fail("standard output cannot be written");
+        fail(std::string("standard output: ") + std::strerror(errno));
 }
 
 void printRow(const char* name, std::span<const double> values) {
@@ -140,15 +145,18 @@ struct Space {
     }
     static void printDecomposition(const Matrix& m, double turn) {
         double tx, ty, tz, rx, ry, rz, sx, sy, sz, xz, yz;
-        Matrix rows = m;  // position, scales and shears are read from rows, the angles from the matrix itself
+        Matrix rows = m;  // the parts are read from rows
         rows.transpose();
-        if (!rows.getTransformation(&tx, &ty, &tz, nullptr, nullptr, nullptr, &sx, &sy, &sz, &xz, &yz) ||
-            !m.getTransformation(nullptr, nullptr, nullptr, &rx, &ry, &rz, nullptr, nullptr, nullptr, nullptr,
-                                 nullptr)) {
+        if (!rows.getTransformation(&tx, &ty, &tz, &rx, &ry, &rz, &sx, &sy, &sz, &xz, &yz)) {
             put(m.m33 == 0 ? "decomposition none: the last entry is 0\n"
                            : "decomposition none: the upper left 3x3 part is singular\n");
             return;
         }
+        // Those angles turn by the transpose of the rotation, so once more for the rotation by itself.
+        Matrix rotation(0, 0, 0, rx, ry, rz, 1, 1, 1, 0, 0, 0, 0, 0, 1);
+        rotation.transpose();
+        rotation.getTransformation(nullptr, nullptr, nullptr, &rx, &ry, &rz, nullptr, nullptr, nullptr,
+                                   nullptr, nullptr);
         printRow("position", std::vector{tx, ty, tz});
         printRow("rotation", std::vector{rx / turn, ry / turn, rz / turn});
         printRow("scale", std::vector{sx, sy, sz});
@@ -185,7 +193,7 @@ typename Size::Matrix readMatrix(const Options& options) {
 template <class Size>
 void mapPoints(const typename Size::Matrix& matrix, const Options& options) {
     std::vector<typename Size::Point> points;
-    std::string text, line;
+    std::string text;
     const auto flush = [&] {
         if (options.perspective) {
             for (auto& point : points) Size::project(matrix, point);
@@ -204,20 +212,22 @@ void mapPoints(const typename Size::Matrix& matrix, const Options& options) {
         put(text);
         points.clear();
     };
-    for (std::size_t number = 1; std::getline(std::cin, line); ++number) {
+    const bool isRead = forEachInputLine([&](std::string_view line, std::size_t number) {
         const auto values = readNumbers(line);
-        if (values && values->empty()) continue;
+        if (values && values->empty()) return;
         if (!values || values->size() != Size::coordinates) {
             flush();  // what came before stands
             fail("standard input:" + std::to_string(number) + ": expected " +
-                 std::to_string(Size::coordinates) + " numbers, found \"" + line + "\"");
+                 std::to_string(Size::coordinates) + " numbers, found " + inQuotes(line));
         }
         typename Size::Point point;
         for (std::size_t k = 0; k < Size::coordinates; ++k) (&point.x)[k] = (*values)[k];
         points.push_back(point);
         if (points.size() == 4096) flush();
-    }
+    });
+    const int error = errno;
     flush();
+    if (!isRead) fail(std::string("standard input: ") + std::strerror(error));
 }
 
 template <class Size>
@@ -264,10 +274,11 @@ void addTransform(CLI::App& app) {
         ->excludes("--aspect");
     command->add_flag("--radians", options->radians, "Angles in radians, not degrees");
     command->add_flag("--inverse", options->inverse, "Take the inverse of the matrix");
-    command->add_flag("--map", options->map,
-                      "Map the points of standard input, one a line, and print nothing else");
-    command->add_flag("--perspective", options->perspective, "Divide mapped points by their weight");
-    command->add_flag("--pixels", options->pixels, "Round mapped points to whole pixels");
+    CLI::Option* map = command->add_flag(
+        "--map", options->map, "Map the points of standard input, one a line, and print nothing else");
+    command->add_flag("--perspective", options->perspective, "Divide mapped points by their weight")
+        ->needs(map);
+    command->add_flag("--pixels", options->pixels, "Round mapped points to whole pixels")->needs(map);
     command->footer(
         "Examples:\n"
         "  kestrel transform --position 960,540 --rotate 30 --scale 2\n"
