@@ -367,6 +367,7 @@ const TroubleRow troubleRows[] = {
      "kestrel: cannot write none/out.xml: No such file or directory\n"},
     {"FullDevice", "copy in.xml /dev/full", 1, "kestrel: cannot write /dev/full: No space left on device\n"},
     {"FullDeviceGenerated", "generate /dev/full --size 200KB", 1, "/dev/full: No space left on device\n"},
+    {"SizeOfNothing", "generate - --size 0", 105, "--size: Value 0 not in range 1 to 18446744073709551615\n"},
     {"FullStandardOutput", "copy in.xml - >/dev/full", 1, "standard output: No space left on device\n"},
     {"PrintToFull", "print in.xml >/dev/full", 2, "kestrel: standard output: No space left on device\n"},
     {"FingerprintToFull", "fingerprint in.xml >/dev/full", 2, "standard output: No space left on device\n"},

@@ -54,6 +54,21 @@ constexpr CommandRow rows[] = {
     {"UnknownMode", "", "timecode --mode '25 fps' 1", 2,
      "kestrel timecode: no mode is called \"25 fps\"; there are \"24 FPS\", \"25 FPS\", \"30 FPS DF\", "
      "\"30 FPS ND\"\n"},
+    {"NoFramesASecond", "", "timecode --fps 0 1", 105,
+     "--fps: Value 0 not in range 1 to 2147483647\nRun with --help for more information.\n"},
+    {"ListTakesNoValues", "", "timecode --list 5", 108,
+     "values excludes --list\nRun with --help for more information.\n"},
+    {"AroundTakesNoValues", "", "timecode --around 5 6", 108,
+     "values excludes --around\nRun with --help for more information.\n"},
+    {"SteersNoTerminal", "", "timecode \"$(printf '2\\033[2J')\"", 2,
+     "kestrel timecode: \"2?[2J\" is neither a frame number nor a timecode\n"},
+    {"CutsLongTexts", "", "timecode \"x$(printf '%098d' 0)\xC3\xA4\"", 2,
+     "kestrel timecode: \"x0000000000000000000000000000000000000000000000000000000000000000000000"
+     "0000000000000000000000000000...\" is neither a frame number nor a timecode\n"},
+    {"AroundToAFullDisk", "", "timecode --around 5 >/dev/full", 2,
+     "kestrel: standard output: No space left on device\n"},
+    {"ManyRowsToAFullDisk", "", "timecode --around 5 --rows 9999 >/dev/full | cut -c 1-26", 0,
+     "kestrel: standard output: \n"},
     {"TimecodeToAFullDisk", "", "timecode 1 >/dev/full", 2,
      "kestrel timecode: standard output: No space left on device\n"},
 
@@ -67,6 +82,9 @@ constexpr CommandRow rows[] = {
     {"BadDateLine", "07-Mar-2005\n7.3.2005\n", "date --print text", 2,
      "Couldn't parse '7.3.2005' into a date\n07-Mar-2005\n"
      "kestrel date: standard input:2: \"7.3.2005\" is no date like 07-Mar-2005, 07-03-2005 or 0x07036900\n"},
+    {"NowTakesNoValues", "", "date --now 07-Mar-2005", 108,
+     "values excludes --now\nRun with --help for more information.\n"},
+    {"NowToAFullDisk", "", "date --now >/dev/full", 2, "kestrel: standard output: No space left on device\n"},
     {"DateBeyond32Bits", "", "date 20-Jan-2038", 2,
      "kestrel date: \"20-Jan-2038\" is outside 14-Dec-1901 to 19-Jan-2038\n"},
 };

@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -13,6 +12,7 @@
 
 #include "Commands.h"
 #include "InputLines.h"
+#include "Text.h"
 
 namespace kestrel::tools {
 
@@ -23,11 +23,6 @@ struct Options {
     bool now = false;
     std::vector<std::string> values;
 };
-
-std::string textOf(const KSString& string) {
-    const std::unique_ptr<char, decltype(&std::free)> text(string.createUTF8Str(), &std::free);
-    return text ? text.get() : "";
-}
 
 /// Sets date if text is a save value, in digits or in hexadecimal behind 0x.
 bool readSaveValue(std::string_view text, KSDate& date) {
@@ -43,15 +38,15 @@ bool readSaveValue(std::string_view text, KSDate& date) {
 KSDate readDate(const std::string& text, std::size_t line) {
     KSDate date;
     if (!readSaveValue(text, date) && !date.loadString(text.c_str()))
-        failInput(line, '"' + text + "\" is no date like 07-Mar-2005, 07-03-2005 or 0x07036900");
-    if (date == KSDate()) failInput(line, '"' + text + "\" is outside 14-Dec-1901 to 19-Jan-2038");
+        failInput(line, inQuotes(text) + " is no date like 07-Mar-2005, 07-03-2005 or 0x07036900");
+    if (date == KSDate()) failInput(line, inQuotes(text) + " is outside 14-Dec-1901 to 19-Jan-2038");
     return date;
 }
 
 std::string format(const KSDate& date, const std::string& form) {
     KSString saved;
     date.saveString(&saved);
-    const std::string text = textOf(saved);
+    const std::string text = utf8(saved);
     char value[16];
     std::snprintf(value, sizeof value, "0x%08x", date.getSaveVal());
     const std::string seconds = std::to_string(date.getSeconds());
@@ -65,10 +60,10 @@ void printNow() {
     KSString text;
     for (const bool longDate : {false, true})
         for (const bool withSeconds : {false, true})
-            if (KSDate::getDateAndTime(&text, longDate, withSeconds)) std::puts(textOf(text).c_str());
-    if (KSDate::getDate(&text)) std::puts(textOf(text).c_str());
+            if (KSDate::getDateAndTime(&text, longDate, withSeconds)) std::puts(utf8(text).c_str());
+    if (KSDate::getDate(&text)) std::puts(utf8(text).c_str());
     for (const bool withSeconds : {false, true})
-        if (KSDate::getDateTimeForFile(&text, withSeconds)) std::puts(textOf(text).c_str());
+        if (KSDate::getDateTimeForFile(&text, withSeconds)) std::puts(utf8(text).c_str());
 }
 
 void run(const Options& options) {
@@ -84,14 +79,15 @@ void run(const Options& options) {
 void addDate(CLI::App& app) {
     CLI::App* command = app.add_subcommand("date", "Convert the save forms of dates into each other");
     auto options = std::make_shared<Options>();
-    command->add_option("values", options->values,
-                        "save texts (07-Mar-2005, 07-03-2005) and save values (0x07036900, 117664000)\n"
-                        "(none: read them from standard input, one a line)");
+    CLI::Option* values =
+        command->add_option("values", options->values,
+                            "save texts (07-Mar-2005, 07-03-2005) and save values (0x07036900, 117664000)\n"
+                            "(none: read them from standard input, one a line)");
     command->add_option("--print", options->print, "what to print: text, value, seconds since 1970, or all")
         ->check(CLI::IsMember({"text", "value", "seconds", "all"}))
         ->capture_default_str();
-    command->add_flag("--now", options->now,
-                      "print the present date and time in each of the library's forms");
+    command->add_flag("--now", options->now, "print the present date and time in each of the library's forms")
+        ->excludes(values);
     command->footer(
         "Examples:\n"
         "  kestrel date 07-Mar-2005                     07-Mar-2005 0x07036900 1110153600\n"

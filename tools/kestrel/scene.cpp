@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 #include <random>
 #include <stdexcept>
@@ -267,7 +268,7 @@ void addScene(CLI::App& app) {
     generate->add_option("--size", options->size, "at least this many bytes, such as 500KB or 100MB")
         ->required()
         ->transform(CLI::AsSizeValue(true))
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Range(std::uint64_t{1}, std::numeric_limits<std::uint64_t>::max(), "POSITIVE"));
 
     CLI::App* checking =
         add(*scene, "check", "Report what is wrong with documents, a line for each fault or warning",

@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <limits>
@@ -20,6 +19,7 @@
 
 #include "Commands.h"
 #include "InputLines.h"
+#include "Text.h"
 
 namespace kestrel::tools {
 
@@ -34,20 +34,13 @@ struct Options {
     std::vector<std::string> words;
 };
 
-std::string textOf(const KSString& string) {
-    const std::unique_ptr<char, decltype(&std::free)> text(string.createUTF8Str(), &std::free);
-    return text ? text.get() : "";
-}
-
-std::string inQuotes(std::string_view text) { return '"' + std::string(text) + '"'; }
-
 KSTimecodeMode modeOf(const Options& options) {
     if (options.fps != 0) return {"", options.fps, options.drop, options.interval, options.keep};
     const auto* mode = KSTimecodeMode::refTimecodeMode(options.mode.c_str());
-    if (textOf(mode->getName()) == options.mode) return *mode;
+    if (utf8(mode->getName()) == options.mode) return *mode;
     std::string names;
     for (const auto* known : KSTimecodeMode::getTimecodeModes())
-        names += (names.empty() ? "" : ", ") + inQuotes(textOf(known->getName()));
+        names += (names.empty() ? "" : ", ") + inQuotes(utf8(known->getName()));
     failInput(0, "no mode is called " + inQuotes(options.mode) + "; there are " + names);
 }
 
@@ -153,8 +146,8 @@ void printModes() {
     for (const auto* mode : KSTimecodeMode::getTimecodeModes()) {
         int drop, interval, keep;
         mode->getDropInfo(&drop, &interval, &keep);
-        std::printf("%-12s %4d %5d %9d %5d\n", textOf(mode->getName()).c_str(), mode->getFps(), drop,
-                    interval, keep);
+        std::printf("%-12s %4d %5d %9d %5d\n", utf8(mode->getName()).c_str(), mode->getFps(), drop, interval,
+                    keep);
     }
 }
 
@@ -198,12 +191,13 @@ void run(const Options& options) {
 void addTimecode(CLI::App& app) {
     CLI::App* command = app.add_subcommand("timecode", "Convert frame numbers to timecode text and back");
     auto options = std::make_shared<Options>();
-    command->add_option("values", options->words,
-                        "frame numbers, timecodes, and sums of them with + and - between blanks\n"
-                        "(none: read them from standard input, any number a line)");
+    CLI::Option* values =
+        command->add_option("values", options->words,
+                            "frame numbers, timecodes, and sums of them with + and - between blanks\n"
+                            "(none: read them from standard input, any number a line)");
     command->add_option("--mode", options->mode, "a registered mode")->capture_default_str();
     CLI::Option* fps = command->add_option("--fps", options->fps, "a mode of your own: frames a second")
-                           ->check(CLI::PositiveNumber)
+                           ->check(CLI::Range(1, std::numeric_limits<int>::max(), "POSITIVE"))
                            ->excludes("--mode");
     command->add_option("--drop", options->drop, "frame numbers skipped at each drop point")->needs(fps);
     command->add_option("--interval", options->interval, "seconds between drop points")
@@ -217,11 +211,12 @@ void addTimecode(CLI::App& app) {
         ->capture_default_str();
     command->add_flag("--packed", options->packed,
                       "bare digits are a timecode: 1234 is 12 seconds 34 frames");
-    command->add_option("--around", options->around, "print a table of the frames around this one");
+    command->add_option("--around", options->around, "print a table of the frames around this one")
+        ->excludes(values);
     command->add_option("--rows", options->rows, "rows before and after it")
         ->check(CLI::Range(0, 1000000))
         ->capture_default_str();
-    command->add_flag("--list", options->list, "print the registered modes");
+    command->add_flag("--list", options->list, "print the registered modes")->excludes(values);
     command->footer(
         "Examples:\n"
         "  kestrel timecode 1800                        00:01:00;02\n"
