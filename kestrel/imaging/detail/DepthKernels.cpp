@@ -16,7 +16,7 @@ HWY_BEFORE_NAMESPACE();
 namespace kestrel::detail::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Each kernel turns components in groups of four vectors, as far as they go, and tells how many.
+// Each kernel turns components by the vector, or by some of them, as far as that goes, and tells how many.
 
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 // None: emulated vectors would only be slower than the plain twins.
@@ -69,15 +69,7 @@ HWY_INLINE std::size_t Convert(float* to, const From* from, std::size_t componen
     const hn::ScalableTag<float> df;
     const std::size_t lanes = hn::Lanes(df);
     std::size_t i = 0;
-    for (; i + 4 * lanes <= components; i += 4 * lanes) {
-        ReadAhead(from + i, 4 * lanes);
-        const auto a = LoadNumbers(df, from + i), b = LoadNumbers(df, from + i + lanes);
-        const auto c = LoadNumbers(df, from + i + 2 * lanes), e = LoadNumbers(df, from + i + 3 * lanes);
-        hn::StoreU(a, df, to + i);
-        hn::StoreU(b, df, to + i + lanes);
-        hn::StoreU(c, df, to + i + 2 * lanes);
-        hn::StoreU(e, df, to + i + 3 * lanes);
-    }
+    for (; i + lanes <= components; i += lanes) StoreNumbers(df, LoadNumbers(df, from + i), to + i);
     return i;
 }
 

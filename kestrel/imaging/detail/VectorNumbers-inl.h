@@ -56,13 +56,16 @@ HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> CutInt(DF, V v) {
 
 /// clamp(floor(p + 0.5 + 1e-7), 0, limit), with 0 for NaN (which the maximum drops on x86, and the conversion
 /// elsewhere). Adding 0.5 in float gives the same but for the two floats below 0.5 that only the 1e-7 lifts
-/// to 1; care is for products that can be one of these.
+/// to 1; care is for products that can be one of these: they count from the first one on, and what is left
+/// is the integer of p - 0.5, a difference without error.
 template <bool care = true, class DF, class V>
 HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> RoundedInt(DF df, V p, float limit) {
+    const hn::RebindToSigned<DF> di;
     const auto half = hn::Set(df, 0.5f);
     p = hn::Min(hn::Max(p, hn::Zero(df)), hn::Set(df, limit));
-    if constexpr (care) p = hn::Max(p, hn::IfThenElseZero(hn::Ge(p, hn::Set(df, 0x1.fffffap-2f)), half));
-    return CutInt(df, hn::Add(p, half));
+    if constexpr (!care) return CutInt(df, hn::Add(p, half));
+    const auto lifted = hn::RebindMask(di, hn::Ge(p, hn::Set(df, 0x1.fffffap-2f)));
+    return hn::Sub(CutInt(df, hn::Sub(p, half)), hn::VecFromMask(di, lifted));
 }
 
 /// floor(x * 255.0) with the product in double, for 0 <= x <= 1: 256 x - x rounded to float, less one where
