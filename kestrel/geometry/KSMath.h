@@ -17,7 +17,8 @@
 class KESTREL_API KSMath {
 public:
     /// Whether the way from point 0 by point 1 to point 2 turns left where y grows upwards. Collinear points
-    /// (and NaN) count as such only if point 2 lies on the same ray from point 0, strictly beyond point 1.
+    /// count as such only if point 2 lies on the same ray from point 0, strictly beyond point 1. NaN counts
+    /// unless one of these comparisons holds without it.
     static constexpr bool areCounterClockWise(float x0, float y0, float x1, float y1, float x2,
                                               float y2) noexcept {
         const float dx1 = x1 - x0, dy1 = y1 - y0, dx2 = x2 - x0, dy2 = y2 - y0;

@@ -189,7 +189,8 @@ public:
     /// matrix without its perspective part is exactly singular. Null pointers are skipped. A left-handed
     /// basis gives negative scales. Deliberate: this reads the position from the fourth row and takes the
     /// fourth column for the perspective part, so pass the transpose of what setTransformation makes to get
-    /// position, scales and shears; the three angles are those of the matrix itself, untransposed.
+    /// position, scales and shears. The three angles are then those of the opposite rotation; without shear
+    /// and with equal scales the matrix itself gives the right ones.
     bool getTransformation(double* tx, double* ty, double* tz, double* rx, double* ry, double* rz, double* sx,
                            double* sy, double* sz, double* shearXZ, double* shearYZ) const;
 

@@ -34,7 +34,7 @@ bool isSameText(const KSString& a, const KSString& b) {
 
 }  // namespace
 
-// 64 bits hold every product: an interval has less than 2^62 frames, and so has a keep interval.
+// 64 bits hold every product: an interval has less than 2^62 frames, a keep interval less than 2^63.
 constexpr KSTimecodeMode::KSTimecodeMode(int fps, int dropFrames, int dropInterval, int keepInterval) noexcept
     : m_fps(std::max(fps, 1)),
       m_dropFrames(dropFrames),

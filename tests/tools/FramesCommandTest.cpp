@@ -152,6 +152,8 @@ TEST_F(FramesCommand, RefusesWhatCannotBeRight) {
     EXPECT_THAT(output, HasSubstr("./a.02.png: would overwrite an input"));
     EXPECT_EQ(run("frames test one.png --frames 1-2"), 1);
     EXPECT_THAT(output, HasSubstr("one.png: needs a placeholder such as [####] for 2 frames"));
+    EXPECT_EQ(run("frames test one.jpg --frames 1-1 --depth half"), 1);
+    EXPECT_THAT(output, HasSubstr("one.jpg: this format cannot hold half"));
     EXPECT_TRUE(file("a.01.png") + file("a.02.png") == before);
     EXPECT_EQ(count(), 4u);
 }

@@ -74,7 +74,9 @@ void addColor(CLI::App& app) {
         ->check(CLI::IsMember(std::vector<std::string>(modelNames.begin(), modelNames.end())));
 #ifdef KESTREL_HAVE_IMAGES
     color->add_option("--planes", options->planes, "Write a picture of each model's planes into this folder");
-    color->add_option("--size", options->size, "Side of a plane in pixels")->check(CLI::Range(2, 4096));
+    color->add_option("--size", options->size, "Side of a plane in pixels")
+        ->check(CLI::Range(2, 4096))
+        ->needs("--planes");
 #endif
     color->footer(
         "Examples:\n"

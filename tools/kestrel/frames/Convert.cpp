@@ -120,7 +120,7 @@ private:
     void convert(const Task& task) {
         BitmapPointer picture = readImage(task.in.path);
         const KSBitDepth::Type own = depthOfFormat(picture->getPixelFormat());
-        const KSBitDepth::Type depth = bestDepthFor(task.out, m_options.conversion.depth.value_or(own));
+        const KSBitDepth::Type depth = depthFor(task.out, m_options.conversion.depth, own);
         writeImage(task.out, *convertBitmap(std::move(picture), m_options.conversion, depth, task.in.path));
     }
 
@@ -184,9 +184,7 @@ BitmapPointer convertBitmap(BitmapPointer bitmap, const Conversion& conversion, 
 
 int convertFrames(const ConvertOptions& options) {
     std::vector<Task> tasks = planTasks(options);
-    const KSBitDepth::Type wanted = options.conversion.depth.value_or(KSBitDepth::INTEGER_8);
-    if (bestDepthFor(tasks[0].out, wanted) != wanted && options.conversion.depth)  // all have one extension
-        throw ImageError(options.output + ": this format cannot hold " + depthName(wanted));
+    depthFor(tasks[0].out, options.conversion.depth, KSBitDepth::INTEGER_8);  // all have one extension
     if (options.resume) {  // a frame that is there is complete, since it gets its name last
         const std::size_t all = tasks.size();
         std::erase_if(tasks, [](const Task& task) {

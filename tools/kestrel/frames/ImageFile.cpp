@@ -221,12 +221,18 @@ void writeImage(const std::string& path, const KSBitmap& bitmap) {
     file.commit();
 }
 
-KSBitDepth::Type bestDepthFor(const std::string& path, KSBitDepth::Type wanted) {
+KSBitDepth::Type depthFor(const std::string& path, std::optional<KSBitDepth::Type> wanted,
+                          KSBitDepth::Type usual) {
     const FileFormat& format = fileFormatOf(path);
-    for (int depth = wanted; depth < 4; ++depth)  // more rather than less
-        if (format.holds[static_cast<std::size_t>(depth)]) return static_cast<KSBitDepth::Type>(depth);
-    for (int depth = wanted; depth > 0; --depth)
-        if (format.holds[static_cast<std::size_t>(depth)]) return static_cast<KSBitDepth::Type>(depth);
+    const auto holds = [&](int depth) { return format.holds[static_cast<std::size_t>(depth)]; };
+    if (wanted) {
+        if (!holds(*wanted)) throw ImageError(path + ": this format cannot hold " + depthName(*wanted));
+        return *wanted;
+    }
+    for (int depth = usual; depth < 4; ++depth)  // more rather than less
+        if (holds(depth)) return static_cast<KSBitDepth::Type>(depth);
+    for (int depth = usual; depth > 0; --depth)
+        if (holds(depth)) return static_cast<KSBitDepth::Type>(depth);
     return KSBitDepth::INTEGER_8;
 }
 

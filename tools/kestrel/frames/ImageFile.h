@@ -45,9 +45,11 @@ BitmapPointer readImage(const std::string& path);
 /// beside it. Equal bitmaps give equal files.
 void writeImage(const std::string& path, const KSBitmap& bitmap);
 
-/// The depth in which a file of this name holds a picture best: wanted itself, or the nearest that the format
-/// has. Throws ImageError for a name without an extension that can be written.
-KSBitDepth::Type bestDepthFor(const std::string& path, KSBitDepth::Type wanted);
+/// The depth of a picture in a file of this name: the wanted one, or the one nearest to usual that the format
+/// has. Throws ImageError for a name without an extension that can be written, and for a format that cannot
+/// hold what is wanted.
+KSBitDepth::Type depthFor(const std::string& path, std::optional<KSBitDepth::Type> wanted,
+                          KSBitDepth::Type usual);
 
 const char* depthName(KSBitDepth::Type depth);  ///< "8 bits", "16 bits", "half", "float"
 /// The RGBA pixel format of a depth: 0, 4, 8 or 9.

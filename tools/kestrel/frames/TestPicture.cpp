@@ -58,7 +58,7 @@ int makeTestSequence(const TestOptions& options) {
         return FrameList::outputPath(options.output, static_cast<std::size_t>(index), numberOf(index));
     };
     // All have the extension of the last, whose number must lie in the output's range.
-    const KSBitDepth::Type depth = bestDepthFor(pathOf(count - 1), options.depth);
+    const KSBitDepth::Type depth = depthFor(pathOf(count - 1), options.depth, KSBitDepth::HALF);
     Progress progress(static_cast<std::size_t>(count), "frames");
     catchInterrupts();
     for (long long index = 0; index < count && !isInterrupted(); ++index) {

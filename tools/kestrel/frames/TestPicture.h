@@ -3,6 +3,7 @@
 
 #include <kestrel/color/KSColor.h>
 
+#include <optional>
 #include <string>
 
 #include "ImageFile.h"
@@ -15,7 +16,7 @@ struct TestOptions {
     int first = 1, last = 24;
     std::string pattern = "disc";  ///< or one of testPatternNames
     KSColor color = KSColor::WHITE, color2 = KSColor::BLACK;
-    KSBitDepth::Type depth = KSBitDepth::HALF;
+    std::optional<KSBitDepth::Type> depth;  ///< half, or what is nearest
 };
 
 /// A disc of all hues that turns and wanders over a checkerboard seen through a soft edge; straight alpha.

@@ -147,7 +147,6 @@ void addTestCommand(CLI::App* frames) {
     auto options = std::make_shared<TestOptions>();
     auto size = std::make_shared<std::optional<Window>>();
     auto range = std::make_shared<std::optional<Window>>();
-    auto depth = std::make_shared<std::optional<KSBitDepth::Type>>();
     test->add_option("OUT", options->output, "The sequence to write")->required();
     addParsed(test, "--size", *size, parseSize, "WxH (480x270)", "WxH");
     addParsed(test, "--frames", *range, parseFrames, "A-B (1-24)", "A-B");
@@ -161,7 +160,7 @@ void addTestCommand(CLI::App* frames) {
     addParsed(test, "--color", *color, parseColor, "Of patterns other than disc and ring", "a colour");
     addParsed(test, "--color2", *color2, parseColor, "At the gradient's bottom, and the glow's edge",
               "a colour");
-    addDepth(test, *depth, "half, or the nearest that the file format has");
+    addDepth(test, options->depth, "half, or the nearest that the file format has");
     test->footer(
         "Examples:\n"
         "  kestrel frames test 'test.[####].exr' --frames 1-48\n"
@@ -169,7 +168,6 @@ void addTestCommand(CLI::App* frames) {
     test->callback([=] {
         if (*size) options->width = (*size)->width, options->height = (*size)->height;
         if (*range) options->first = (*range)->x, options->last = (*range)->y;
-        options->depth = depth->value_or(options->depth);
         options->color = color->value_or(options->color);
         options->color2 = color2->value_or(options->color);
         run([&] { return makeTestSequence(*options); });

@@ -98,8 +98,7 @@ private:
             const std::lock_guard guard(m_mutex);
             state = m_scene.stateAt(first.number);
         }
-        const KSBitDepth::Type depth =
-            bestDepthFor(first.path, options().depth.value_or(KSBitDepth::INTEGER_8));
+        const KSBitDepth::Type depth = depthFor(first.path, options().depth, KSBitDepth::INTEGER_8);
         const std::string description =
             state.describe() + "file " + depthName(depth) + fs::path(first.path).extension().string() + '\n';
         if (m_cache.fetch(description, first.path)) {
@@ -215,11 +214,9 @@ std::vector<Frame> planOutputs(const RenderOptions& options, RenderScene& scene)
                                      ": would overwrite a source, the project or another frame");
         outputs.push_back(std::move(output));
     }
-    const KSBitDepth::Type wanted = options.depth.value_or(KSBitDepth::INTEGER_8);
-    if (bestDepthFor(outputs[0].path, wanted) != wanted && options.depth)  // all have one extension
-        throw ImageError(options.output + ": this format cannot hold " + depthName(wanted));
+    depthFor(outputs[0].path, options.depth, KSBitDepth::INTEGER_8);  // all have one extension
     if (!options.sheet.empty()) {
-        bestDepthFor(options.sheet, wanted);  // throws for a name that cannot be written
+        depthFor(options.sheet, {}, KSBitDepth::INTEGER_8);  // throws for a name that cannot be written
         if (taken.contains(identity(options.sheet)))
             throw std::runtime_error(options.sheet + ": would overwrite a source, the project or a frame");
     }
