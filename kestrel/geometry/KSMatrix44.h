@@ -273,7 +273,7 @@ constexpr bool KSMatrix44::invertBy() noexcept {
     // The 3x3 minors by the column left out, of two rows a with the two rows whose 2x2 minors half takes. They
     // grow minor by minor: taken one after the other, they cost a sixth more.
     struct Minors3 {
-        Pair k0, k1, k2, k3;
+        Pair by0, by1, by2, by3;
     };
     const auto minors3 = [&](const Pair& a0, const Pair& a1, const Pair& a2, const Pair& a3, auto half) {
         Pair n = half(n23);
@@ -290,16 +290,15 @@ constexpr bool KSMatrix44::invertBy() noexcept {
     const auto upper = [](const Pair& n) { return firsts(n, n); };
     const auto lower = [](const Pair& n) { return seconds(n, n); };
 
-    const auto [k0, k1, k2, k3] =
-        minors3(Pair(m10, m00), Pair(m11, m01), Pair(m12, m02), Pair(m13, m03), lower);
-    const double det = (m00 * k0.first() - m01 * k1.first()) + (m02 * k2.first() - m03 * k3.first());
+    const Minors3 k = minors3(Pair(m10, m00), Pair(m11, m01), Pair(m12, m02), Pair(m13, m03), lower);
+    const double det =
+        (m00 * k.by0.first() - m01 * k.by1.first()) + (m02 * k.by2.first() - m03 * k.by3.first());
     const bool divide = !kestrel::detail::hasReciprocal(det);
     if (divide && det == 0) return false;
-    const auto [l0, l1, l2, l3] =
-        minors3(Pair(m30, m20), Pair(m31, m21), Pair(m32, m22), Pair(m33, m23), upper);
+    const Minors3 l = minors3(Pair(m30, m20), Pair(m31, m21), Pair(m32, m22), Pair(m33, m23), upper);
     const auto scaled = [&](const Pair& even, const Pair& odd, auto by) {  // with the signs of the cofactors
-        const Pair i00 = by(k0, even), i02 = by(l0, even), i10 = by(k1, odd), i12 = by(l1, odd);
-        const Pair i20 = by(k2, even), i22 = by(l2, even), i30 = by(k3, odd), i32 = by(l3, odd);
+        const Pair i00 = by(k.by0, even), i02 = by(l.by0, even), i10 = by(k.by1, odd), i12 = by(l.by1, odd);
+        const Pair i20 = by(k.by2, even), i22 = by(l.by2, even), i30 = by(k.by3, odd), i32 = by(l.by3, odd);
         return KSMatrix44(i00.first(), i00.second(), i02.first(), i02.second(),  //
                           i10.first(), i10.second(), i12.first(), i12.second(),  //
                           i20.first(), i20.second(), i22.first(), i22.second(),  //
