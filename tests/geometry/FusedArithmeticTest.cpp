@@ -6,6 +6,8 @@
 #include <kestrel/geometry/KSMatrix44.h>
 #include <kestrel/geometry/KSRect.h>
 
+#include <algorithm>
+#include <bit>
 #include <random>
 #include <vector>
 
@@ -18,12 +20,11 @@ double rounded(double value) {
     return stored;
 }
 
-/// Entry (i, j) of a * b.
-template <class M>
-double entryOfProduct(const M& a, const M& b, int i, int j) {
-    double sum = rounded((&a.m00)[order<M> * i] * (&b.m00)[j]);
-    for (int k = 1; k < order<M>; ++k)
-        sum += rounded((&a.m00)[order<M> * i + k] * (&b.m00)[order<M> * k + j]);
+/// Entry (i, j) of the product of two matrices of order n.
+template <int n, class Entries>
+double entryOfProduct(const Entries& a, const Entries& b, int i, int j) {
+    double sum = rounded(a[n * i] * b[j]);
+    for (int k = 1; k < n; ++k) sum += rounded(a[n * i + k] * b[n * k + j]);
     return sum;
 }
 
@@ -36,8 +37,9 @@ TYPED_TEST(FusedArithmetic, EqualRowsStaySingular) {
     constexpr int n = order<TypeParam>;
     std::mt19937 random(1);
     for (int i = 0; i < 200; ++i) {
-        auto m = randomMatrix<TypeParam>(random);
-        for (int k = 0; k < n; ++k) (&m.m00)[n * (n - 1) + k] = (&m.m00)[n * (n - 2) + k];
+        auto entries = entriesOf(randomMatrix<TypeParam>(random));
+        std::copy_n(entries.end() - 2 * n, n, entries.end() - n);
+        auto m = std::bit_cast<TypeParam>(entries);
         ASSERT_EQ(m.determinant(), 0);
         ASSERT_FALSE(m.invert());
     }
@@ -47,8 +49,9 @@ TYPED_TEST(FusedArithmetic, ProductsRoundEveryTerm) {
     constexpr int n = order<TypeParam>;
     std::mt19937 random(2);
     for (int i = 0; i < 200; ++i) {
-        const auto a = randomMatrix<TypeParam>(random), b = randomMatrix<TypeParam>(random), c = a * b;
-        for (int k = 0; k < n * n; ++k) ASSERT_EQ((&c.m00)[k], entryOfProduct(a, b, k / n, k % n));
+        const auto a = randomMatrix<TypeParam>(random), b = randomMatrix<TypeParam>(random);
+        const auto left = entriesOf(a), right = entriesOf(b), product = entriesOf(a * b);
+        for (int k = 0; k < n * n; ++k) ASSERT_EQ(product[k], entryOfProduct<n>(left, right, k / n, k % n));
     }
 }
 

@@ -60,8 +60,9 @@ TEST(KSMatrix33, EqualityIsWithinATolerance) {
     for (const Row& row :
          {Row{5e-8, true}, {-5e-8, true}, {2e-7, false}, {1e-7, false}, {notANumber, false}}) {
         for (int entry = 0; entry < 9; ++entry) {
-            KSMatrix33 m;
-            (&m.m00)[entry] = row.difference + (&m.m00)[entry];
+            auto entries = entriesOf(KSMatrix33());
+            entries[entry] += row.difference;
+            const auto m = std::bit_cast<KSMatrix33>(entries);
             const bool atZero = entry % 4 != 0;  // 1 + 1e-7 is not exactly 1e-7 away from 1
             if (std::abs(row.difference) == 1e-7 && !atZero) continue;
             EXPECT_EQ(m == KSMatrix33(), row.equal) << row.difference << " in entry " << entry;

@@ -56,10 +56,11 @@ const double oddValues[] = {
 /// Random entries; in every other matrix some are zeros, denormal, huge or no numbers at all.
 template <class M>
 M anyMatrix(std::mt19937& random, int i) {
-    auto m = randomMatrix<M>(random);
-    for (int k = 0; i % 2 && k < order<M> * order<M>; ++k)
-        if (random() % 3 == 0) (&m.m00)[k] = oddValues[random() % (i % 4 == 1 ? 4 : std::size(oddValues))];
-    return m;
+    auto entries = entriesOf(randomMatrix<M>(random));
+    if (i % 2)
+        for (double& entry : entries)
+            if (random() % 3 == 0) entry = oddValues[random() % (i % 4 == 1 ? 4 : std::size(oddValues))];
+    return std::bit_cast<M>(entries);
 }
 
 /// The determinant of m without a row and a column: KSMatrix33's formula, or by the row's neighbour and the 2x2 minors
@@ -67,7 +68,8 @@ M anyMatrix(std::mt19937& random, int i) {
 template <class M>
 double minorOf(const M& matrix, int row, int column) {
     constexpr int n = order<M>;
-    const auto at = [&](int i, int j) { return (&matrix.m00)[n * i + j]; };
+    const auto entries = entriesOf(matrix);
+    const auto at = [&](int i, int j) { return entries[n * i + j]; };
     const auto minor2 = [&](int p, int q, int a, int b) { return at(p, a) * at(q, b) - at(p, b) * at(q, a); };
     int k[n - 1], found = 0;
     for (int c = 0; c < n; ++c)
@@ -104,18 +106,20 @@ TYPED_TEST(MatrixIdentity, TakesEveryFormulaToTheBit) {
         ASSERT_EQ(bitsOf(a.determinant()), bitsOf(det));
         auto inverse = a;
         ASSERT_EQ(inverse.invert(), det != 0);
+        const auto left = entriesOf(a), right = entriesOf(b), product = entriesOf(c),
+                   inverted = entriesOf(inverse);
         for (int row = 0; row < n; ++row)
             for (int column = 0; column < n; ++column) {
                 const int k = n * row + column;
-                double sum = (&a.m00)[n * row] * (&b.m00)[column];
-                for (int t = 1; t < n; ++t) sum += (&a.m00)[n * row + t] * (&b.m00)[n * t + column];
-                ASSERT_EQ(bitsOf((&c.m00)[k]), bitsOf(sum)) << row << ' ' << column;
+                double sum = left[n * row] * right[column];
+                for (int t = 1; t < n; ++t) sum += left[n * row + t] * right[n * t + column];
+                ASSERT_EQ(bitsOf(product[k]), bitsOf(sum)) << row << ' ' << column;
                 const double sign = (row + column) % 2 ? -1 : 1;
                 const double minor = minorOf(a, column, row);
-                const double entry = det == 0                      ? (&a.m00)[k]
+                const double entry = det == 0                      ? left[k]
                                      : n == 4 && isNormal(1 / det) ? minor * (sign / det)
                                                                    : minor / (sign * det);
-                ASSERT_EQ(bitsOf((&inverse.m00)[k] + 0.0), bitsOf(entry + 0.0)) << row << ' ' << column;
+                ASSERT_EQ(bitsOf(inverted[k] + 0.0), bitsOf(entry + 0.0)) << row << ' ' << column;
             }
     }
 }
@@ -138,7 +142,8 @@ TEST(LayerTransform, TakesEveryFormulaToTheBit) {
                                0,   1};
         KSMatrix33 got;
         got.setTransformation(tx, ty, angle, sx, sy, ax, ay, px, py, aspect);
-        for (int k = 0; k < 9; ++k) ASSERT_EQ(bitsOf((&got.m00)[k]), bitsOf(want[k])) << "entry " << k;
+        const auto entries = entriesOf(got);
+        for (int k = 0; k < 9; ++k) ASSERT_EQ(bitsOf(entries[k]), bitsOf(want[k])) << "entry " << k;
     }
 }
 
@@ -168,10 +173,10 @@ TYPED_TEST(MatrixIdentity, SingularExactlyWhereTheDeterminantIsZero) {
     std::mt19937 random(4);
     int singular = 0;
     for (int i = 0; i < 20000; ++i) {
-        TypeParam m;
-        for (int k = 0; k < order<TypeParam> * order<TypeParam>; ++k)
-            (&m.m00)[k] = oddValues[random() % (i % 2 ? 4 : std::size(oddValues))];
-        const TypeParam before = m;
+        Entries<TypeParam> entries;
+        for (double& entry : entries) entry = oddValues[random() % (i % 2 ? 4 : std::size(oddValues))];
+        const auto before = std::bit_cast<TypeParam>(entries);
+        auto m = before;
         const bool zero = m.determinant() == 0;
         ASSERT_EQ(m.invert(), !zero);
         if (zero) {

@@ -58,9 +58,17 @@ struct Reference {
 template <class M>
 inline constexpr int order = sizeof(M) == sizeof(KSMatrix33) ? 3 : 4;
 
+/// The entries of a matrix, row by row. The matrix of given entries is std::bit_cast<M>(entries).
+template <class M>
+using Entries = std::array<double, order<M> * order<M>>;
+template <class M>
+Entries<M> entriesOf(const M& matrix) {
+    return std::bit_cast<Entries<M>>(matrix);
+}
+
 template <class M>
 Reference<order<M>> toReference(const M& matrix) {
-    const auto values = std::bit_cast<std::array<double, order<M> * order<M>>>(matrix);
+    const auto values = entriesOf(matrix);
     Reference<order<M>> r;
     for (int i = 0; i < order<M> * order<M>; ++i) r.m[i / order<M>][i % order<M>] = values[i];
     return r;
@@ -69,7 +77,7 @@ Reference<order<M>> toReference(const M& matrix) {
 template <class M>
 M randomMatrix(std::mt19937& random, double range = 3) {
     std::uniform_real_distribution<double> entry(-range, range);
-    std::array<double, order<M> * order<M>> values;
+    Entries<M> values;
     for (double& v : values) v = entry(random);
     return std::bit_cast<M>(values);
 }

@@ -2,6 +2,9 @@
 #include <kestrel/geometry/KSMatrix33.h>
 #include <kestrel/geometry/KSMatrix44.h>
 
+#include <algorithm>
+#include <array>
+#include <bit>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
@@ -99,9 +102,9 @@ void printRow(const char* name, std::span<const double> values) {
 
 template <class M>
 void printRows(const char* name, const M& m, std::size_t order) {
-    for (std::size_t row = 0; row < order; ++row) {
-        printRow(row == 0 ? name : "", std::span(&m.m00 + row * order, order));
-    }
+    const auto entries = std::bit_cast<std::array<double, sizeof m / sizeof(double)>>(m);
+    for (std::size_t row = 0; row < order; ++row)
+        printRow(row == 0 ? name : "", std::span(entries).subspan(row * order, order));
 }
 
 /// The two sizes of matrix behind one set of names.
@@ -169,9 +172,9 @@ typename Size::Matrix readMatrix(const Options& options) {
     if (!options.matrix.empty()) {
         constexpr std::size_t entries = Size::order * Size::order;
         const auto values = readOption("--matrix", options.matrix, entries, entries);
-        typename Size::Matrix m;
-        for (std::size_t i = 0; i < entries; ++i) (&m.m00)[i] = values[i];
-        return m;
+        std::array<double, entries> inOrder;
+        std::copy_n(values.begin(), entries, inOrder.begin());
+        return std::bit_cast<typename Size::Matrix>(inOrder);
     }
     const double turn = options.radians ? 1 : pi / 180;
     auto rotation = readOption("--rotate", options.rotation, 1, Size::angles);
@@ -192,6 +195,7 @@ typename Size::Matrix readMatrix(const Options& options) {
 
 template <class Size>
 void mapPoints(const typename Size::Matrix& matrix, const Options& options) {
+    using Coordinates = std::array<double, Size::coordinates>;
     std::vector<typename Size::Point> points;
     std::string text;
     const auto flush = [&] {
@@ -202,11 +206,9 @@ void mapPoints(const typename Size::Matrix& matrix, const Options& options) {
         }
         text.clear();
         for (const auto& point : points) {
-            double values[Size::coordinates];
-            for (std::size_t k = 0; k < Size::coordinates; ++k) {
-                const double value = (&point.x)[k];
-                values[k] = options.pixels ? std::floor(value + 0.5 + 1e-7) : value;
-            }
+            auto values = std::bit_cast<Coordinates>(point);
+            if (options.pixels)
+                for (double& value : values) value = std::floor(value + 0.5 + 1e-7);
             append(text, values);
         }
         put(text);
@@ -220,9 +222,9 @@ void mapPoints(const typename Size::Matrix& matrix, const Options& options) {
             fail("standard input:" + std::to_string(number) + ": expected " +
                  std::to_string(Size::coordinates) + " numbers, found " + inQuotes(line));
         }
-        typename Size::Point point;
-        for (std::size_t k = 0; k < Size::coordinates; ++k) (&point.x)[k] = (*values)[k];
-        points.push_back(point);
+        Coordinates coordinates;
+        std::copy_n(values->begin(), Size::coordinates, coordinates.begin());
+        points.push_back(std::bit_cast<typename Size::Point>(coordinates));
         if (points.size() == 4096) flush();
     });
     const int error = errno;
