@@ -189,6 +189,10 @@ TEST(PixelKernels, EqualTheirTwinsForAllPairsOfColourAndAlpha) {
         for (unsigned c = 0; c < 256; ++c)
             for (const unsigned component : {a, c, c, 255 - c, c, c, 255 - c, a})
                 pixels.push_back(static_cast<std::uint8_t>(component));
+    for (unsigned i = 0; i < 1024; ++i)  // and runs of opaque and of transparent pixels
+        pixels.push_back(i / 4 % 64 == 1 ? 128 : i / 512 == 0 ? 255 : 0);
+    for (unsigned i = 0; i < 1024; ++i)
+        pixels.push_back(static_cast<std::uint8_t>(i % 4 % 3 ? i : i < 512 ? 255 : 0));
     forEachTarget([&] {
         for (const Kernel& kernel : kernels()) {
             const std::size_t n = pixels.size() / std::max(kernel.toItem, kernel.fromItem);

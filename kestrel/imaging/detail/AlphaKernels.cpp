@@ -81,11 +81,11 @@ HWY_INLINE hn::Vec<DF> Component8(DF df, VU pixel) {
         df, hn::ConvertTo(df, hn::BitCast(di, hn::And(hn::ShiftRight<shift>(pixel), hn::Set(du, 0xFF)))));
 }
 
-/// Runs divide over all pixels: divide(c, m, a, inverse) gives the integer of a colour, m being its matte.
-/// Pixels of alpha 0 take the bits of transparent and keep alpha, or stay as they are without a matte.
-template <bool alphaFirst, bool hasMatte, class Divide>
-HWY_INLINE std::size_t Divide8(std::uint8_t* to, const std::uint8_t* from, std::size_t count, Matte matte,
-                               const std::uint8_t* transparent, Divide divide) {
+/// Runs divide over all pixels: divide(c, a, inverse) gives the integer of a colour less its matte.
+/// Pixels of alpha 0 take the bits of transparent and keep alpha.
+template <bool alphaFirst, class Divide>
+HWY_INLINE std::size_t DivideMatte8(std::uint8_t* to, const std::uint8_t* from, std::size_t count,
+                                    Matte matte, const std::uint8_t (&transparent)[3], Divide divide) {
     const hn::ScalableTag<float> df;
     const hn::RebindToUnsigned<decltype(df)> du;
     const std::size_t lanes = hn::Lanes(df);
@@ -94,8 +94,7 @@ HWY_INLINE std::size_t Divide8(std::uint8_t* to, const std::uint8_t* from, std::
     const auto one = hn::Set(df, 1.0f);
     const bool isFinite = std::isfinite(matte.red) && std::isfinite(matte.green) && std::isfinite(matte.blue);
     std::uint32_t clear = 0;
-    if (transparent)
-        for (int i = 0; i < 3; ++i) clear |= std::uint32_t{transparent[i]} << colorShift<alphaFirst>(i);
+    for (int i = 0; i < 3; ++i) clear |= std::uint32_t{transparent[i]} << colorShift<alphaFirst>(i);
     const auto clearColor = hn::Set(du, clear);
     std::size_t x = 0;
     for (; x + lanes <= count; x += lanes) {
@@ -108,8 +107,7 @@ HWY_INLINE std::size_t Divide8(std::uint8_t* to, const std::uint8_t* from, std::
         const auto a = Component8 < alphaFirst ? 0 : 24 > (df, pixel);
         const auto inverse = hn::Div(one, a);
         const auto color = [&](auto c, auto m) HWY_ATTR {
-            if constexpr (hasMatte) c = hn::Sub(c, hn::Mul(m, hn::Sub(one, a)));
-            return hn::BitCast(du, divide(df, c, a, inverse));
+            return hn::BitCast(du, divide(df, hn::Sub(c, hn::Mul(m, hn::Sub(one, a))), a, inverse));
         };
         const auto r = color(Component8<colorShift<alphaFirst>(0)>(df, pixel), red);
         const auto g = color(Component8<colorShift<alphaFirst>(1)>(df, pixel), green);
@@ -118,99 +116,147 @@ HWY_INLINE std::size_t Divide8(std::uint8_t* to, const std::uint8_t* from, std::
             hn::ShiftLeft<colorShift<alphaFirst>(0)>(r),
             hn::Or(hn::ShiftLeft<colorShift<alphaFirst>(1)>(g), hn::ShiftLeft<colorShift<alphaFirst>(2)>(b)));
         const auto isClear = hn::Eq(alphaBits, hn::Zero(du));
-        const auto otherwise = transparent ? clearColor : hn::AndNot(alphaMask, pixel);
-        hn::StoreU(hn::Or(alphaBits, hn::IfThenElse(isClear, otherwise, colors)), du,
+        hn::StoreU(hn::Or(alphaBits, hn::IfThenElse(isClear, clearColor, colors)), du,
                    reinterpret_cast<std::uint32_t*>(to + 4 * x));
     }
     return x;
 }
 
-void unPreMultiplyTruncated8(std::uint8_t* pixels, std::size_t count) {
-    const std::size_t done = Divide8<true, false>(
-        pixels, pixels, count, {}, nullptr, [](auto df, auto c, auto, auto inverse) HWY_ATTR {
-            return TruncatedInt(df, hn::Min(hn::Mul(c, inverse), hn::Set(df, 1.0f)));
-        });
-    reference::unPreMultiplyTruncated8(pixels + 4 * done, count - done);
-}
+// Without a matte there is nothing to take away, and nothing is negative or near the two floats that need
+// more care. The scale of the numbers falls out of the quotient.
 
-void unPreMultiplyCopy8(std::uint8_t* to, const std::uint8_t* from, std::size_t count, Matte matte) {
-    const std::uint8_t clear[3] = {truncated(matte.red), truncated(matte.green), truncated(matte.blue)};
-    const std::size_t done =
-        Divide8<true, true>(to, from, count, matte, clear, [](auto df, auto c, auto a, auto) HWY_ATTR {
-            const auto x = hn::Div(c, a);
-            const auto positive = hn::IfThenElseZero(hn::Gt(x, hn::Zero(df)), x);  // NaN too becomes 0
-            return TruncatedInt(df, hn::Min(positive, hn::Set(df, 1.0f)));
-        });
-    reference::unPreMultiplyCopy8(to + 4 * done, from + 4 * done, count - done, matte);
+/// Byte k of each pixel where it stands, which is 256^k times its value; the last byte moves to the front.
+template <int k, class V>
+HWY_INLINE V OnlyByte(V pixel) {
+    if constexpr (k == 3) return hn::ShiftRight<24>(pixel);
+    return hn::And(pixel, hn::Set(hn::DFromV<V>(), 0xFFu << 8 * k));
 }
+template <int k>
+constexpr float byteScale = k < 3 ? static_cast<float>(1 << 8 * k) : 1.0f;
 
-/// The bytes of pixels from integers of 0 and more: lane i of component k goes to byte k of pixel i, limited
-/// to 255.
+/// The bytes of pixels from integers: lane i of component k goes to byte k of pixel i, limited to 255.
 template <class DI, class V>
-HWY_INLINE hn::Vec<hn::Repartition<std::uint8_t, DI>> PackPixels(DI di, V c0, V c1, V c2, V c3) {
-    const hn::Repartition<std::uint8_t, DI> d8;
+HWY_INLINE hn::Vec<hn::RebindToUnsigned<DI>> PackPixels(DI di, V c0, V c1, V c2, V c3) {
+    const hn::RebindToUnsigned<DI> du;
 #if HWY_TARGET == HWY_AVX2
     (void)di;
     const auto low = _mm256_packs_epi32(c0.raw, c1.raw), high = _mm256_packs_epi32(c2.raw, c3.raw);
+    const hn::Repartition<std::uint8_t, DI> d8;
     const hn::Vec<decltype(d8)> planes{_mm256_packus_epi16(low, high)};  // four times four bytes a block
     alignas(16) static constexpr std::uint8_t order[16] = {0, 4, 8,  12, 1, 5, 9,  13,
                                                            2, 6, 10, 14, 3, 7, 11, 15};
-    return hn::TableLookupBytes(planes, hn::LoadDup128(d8, order));
+    return hn::BitCast(du, hn::TableLookupBytes(planes, hn::LoadDup128(d8, order)));
 #else
     const auto most = hn::Set(di, 255);
     const auto low = hn::Or(hn::Min(c0, most), hn::ShiftLeft<8>(hn::Min(c1, most)));
     const auto high = hn::Or(hn::ShiftLeft<16>(hn::Min(c2, most)), hn::ShiftLeft<24>(hn::Min(c3, most)));
-    return hn::BitCast(d8, hn::Or(low, high));
+    return hn::BitCast(du, hn::Or(low, high));
 #endif
 }
 
-/// Byte k of each 32-bit lane alone.
-template <int k, class V>
-HWY_INLINE V OnlyByte(V lanes) {
-    const hn::DFromV<V> d;
-    const hn::Repartition<std::uint8_t, decltype(d)> d8;
-    alignas(16) static constexpr std::uint8_t order[16] = {k,     0x80, 0x80, 0x80, k + 4,  0x80, 0x80, 0x80,
-                                                           k + 8, 0x80, 0x80, 0x80, k + 12, 0x80, 0x80, 0x80};
-    return hn::BitCast(d, hn::TableLookupBytesOr0(hn::BitCast(d8, lanes), hn::LoadDup128(d8, order)));
-}
+enum class Transparent { cleared, kept };
 
-/// Without a matte there is nothing to take away, and nothing is negative or near the two floats that need
-/// more care. The scale of the numbers falls out of the quotient.
-template <bool alphaFirst>
-HWY_INLINE std::size_t DivideBlack8(std::uint8_t* pixels, std::size_t count) {
+/// Pixels of alpha 0 are cleared or kept; the others get the integers of quotient * 255 + bias as colours, with
+/// quotient(c, part(a)) of the numbers of colour and alpha. Four vectors at a time start their parts together,
+/// as a division takes long to answer.
+template <bool alphaFirst, Transparent transparent, class Part, class Quotient>
+HWY_INLINE std::size_t DivideBlack8(std::uint8_t* to, const std::uint8_t* from, std::size_t count, float bias,
+                                    Part part, Quotient quotient) {
     const hn::ScalableTag<float> df;
     const hn::RebindToSigned<decltype(df)> di;
-    const hn::Repartition<std::uint8_t, decltype(df)> d8;
+    const hn::RebindToUnsigned<decltype(df)> du;
     const std::size_t lanes = hn::Lanes(df);
-    constexpr int first = alphaFirst ? 1 : 0;  // colour
-    const auto one = hn::Set(df, 1.0f);
-    std::size_t x = 0;
-    for (; x + lanes <= count; x += lanes) {
-        const auto pixel = hn::BitCast(di, hn::LoadU(d8, pixels + 4 * x));
-        const auto alpha = OnlyByte < alphaFirst ? 0 : 3 > (pixel);
-        const auto a = ScaledUnit8(df, hn::ConvertTo(df, alpha));
-        const auto inverse = hn::IfThenElseZero(hn::Gt(a, hn::Zero(df)), hn::Div(one, a));
-        const auto color = [&](auto c) HWY_ATTR {
-            const auto quotient = hn::Mul(ScaledUnit8(df, hn::ConvertTo(df, c)), inverse);
+    constexpr int alpha = alphaFirst ? 0 : 3, first = alphaFirst ? 1 : 0;
+    const auto opaque = hn::Set(du, alphaFirst ? 0xFFu : 0xFF000000u);
+    const auto load = [=](std::size_t x) HWY_ATTR {
+        return hn::LoadU(du, reinterpret_cast<const std::uint32_t*>(from + 4 * x));
+    };
+    const auto store = [=](auto pixel, std::size_t x)
+                           HWY_ATTR { hn::StoreU(pixel, du, reinterpret_cast<std::uint32_t*>(to + 4 * x)); };
+    const auto number = [=](auto bytes)
+                            HWY_ATTR { return ScaledUnit8(df, hn::ConvertTo(df, hn::BitCast(di, bytes))); };
+    const auto partOf = [=](auto pixel) HWY_ATTR { return part(df, number(OnlyByte<alpha>(pixel))); };
+    const auto divided = [=](auto pixel, auto p) HWY_ATTR {
+        const auto color = [&](auto byte) HWY_ATTR {
+            constexpr int k = decltype(byte)::value;
+            const auto q = quotient(number(OnlyByte<k>(pixel)), p);
             // Fused or not, all pairs of colour and alpha come out alike.
-            return CutInt(df, hn::MulAdd(quotient, hn::Set(df, 255.0f), hn::Set(df, 0.5f)));
+            return CutInt(df, hn::MulAdd(q, hn::Set(df, 255 / byteScale<k>), hn::Set(df, bias)));
         };
-        const auto r = color(OnlyByte<first>(pixel)), g = color(OnlyByte<first + 1>(pixel)),
-                   b = color(OnlyByte<first + 2>(pixel));
-        hn::StoreU(alphaFirst ? PackPixels(di, alpha, r, g, b) : PackPixels(di, r, g, b, alpha), d8,
-                   pixels + 4 * x);
+        const auto a = OnlyByte<alpha>(pixel);
+        const auto r = color(std::integral_constant<int, first>());
+        const auto g = color(std::integral_constant<int, first + 1>());
+        const auto b = color(std::integral_constant<int, first + 2>());
+        const auto ai = hn::BitCast(di, a);
+        const auto result = alphaFirst ? PackPixels(di, ai, r, g, b) : PackPixels(di, r, g, b, ai);
+        if constexpr (transparent == Transparent::kept)
+            return hn::IfThenElse(hn::Eq(a, hn::Zero(du)), pixel, result);
+#if HWY_TARGET == HWY_AVX2
+        return result;  // integers of infinity and NaN are the lowest, which packing clears
+#else
+        return hn::IfThenZeroElse(hn::Eq(a, hn::Zero(du)), result);
+#endif
+    };
+    std::size_t x = 0;
+    for (; x + 4 * lanes <= count; x += 4 * lanes) {
+        const auto p0 = load(x), p1 = load(x + lanes), p2 = load(x + 2 * lanes), p3 = load(x + 3 * lanes);
+        if (to == from && from[4 * x + alpha] == 255) {
+            const auto all = hn::And(hn::And(p0, p1), hn::And(p2, p3));
+            if (hn::AllTrue(du, hn::Eq(hn::And(all, opaque), opaque))) continue;  // each colour comes back
+        }
+        const auto a0 = partOf(p0), a1 = partOf(p1), a2 = partOf(p2), a3 = partOf(p3);
+        store(divided(p0, a0), x);
+        store(divided(p1, a1), x + lanes);
+        store(divided(p2, a2), x + 2 * lanes);
+        store(divided(p3, a3), x + 3 * lanes);
+    }
+    for (; x + lanes <= count; x += lanes) {
+        const auto pixel = load(x);
+        store(divided(pixel, partOf(pixel)), x);
     }
     return x;
 }
 
+/// Multiplication by the inverse of alpha.
+template <bool alphaFirst, Transparent transparent>
+HWY_INLINE std::size_t MultiplyByInverse8(std::uint8_t* pixels, std::size_t count, float bias) {
+    return DivideBlack8<alphaFirst, transparent>(
+        pixels, pixels, count, bias, [](auto df, auto a) HWY_ATTR { return hn::Div(hn::Set(df, 1.0f), a); },
+        [](auto c, auto inverse) HWY_ATTR { return hn::Mul(c, inverse); });
+}
+
+void unPreMultiplyTruncated8(std::uint8_t* pixels, std::size_t count) {
+    const std::size_t done = MultiplyByInverse8<true, Transparent::kept>(pixels, count, 0);
+    reference::unPreMultiplyTruncated8(pixels + 4 * done, count - done);
+}
+
+HWY_INLINE std::size_t UnPreMultiplyCopy8(std::uint8_t* to, const std::uint8_t* from, std::size_t count,
+                                          Matte matte) {
+    if (isBlack(matte))
+        return DivideBlack8<true, Transparent::cleared>(
+            to, from, count, 0, [](auto, auto a) HWY_ATTR { return a; },
+            [](auto c, auto a) HWY_ATTR { return hn::Div(c, a); });
+    const std::uint8_t clear[3] = {truncated(matte.red), truncated(matte.green), truncated(matte.blue)};
+    return DivideMatte8<true>(to, from, count, matte, clear, [](auto df, auto c, auto a, auto) HWY_ATTR {
+        const auto x = hn::Div(c, a);
+        const auto positive = hn::IfThenElseZero(hn::Gt(x, hn::Zero(df)), x);  // NaN too becomes 0
+        return TruncatedInt(df, hn::Min(positive, hn::Set(df, 1.0f)));
+    });
+}
+
+void unPreMultiplyCopy8(std::uint8_t* to, const std::uint8_t* from, std::size_t count, Matte matte) {
+    const std::size_t done = UnPreMultiplyCopy8(to, from, count, matte);
+    reference::unPreMultiplyCopy8(to + 4 * done, from + 4 * done, count - done, matte);
+}
+
 template <bool alphaFirst>
 HWY_INLINE std::size_t Unpremultiply8(std::uint8_t* pixels, std::size_t count, Matte matte) {
-    if (isBlack(matte)) return DivideBlack8<alphaFirst>(pixels, count);
+    if (isBlack(matte)) return MultiplyByInverse8<alphaFirst, Transparent::cleared>(pixels, count, 0.5f);
     std::uint8_t clear[3];
     store(clear[0], matte.red);
     store(clear[1], matte.green);
     store(clear[2], matte.blue);
-    return Divide8<alphaFirst, true>(
+    return DivideMatte8<alphaFirst>(
         pixels, pixels, count, matte, clear, [](auto df, auto c, auto, auto inverse) HWY_ATTR {
             return RoundedInt(df, hn::Mul(hn::Mul(c, inverse), hn::Set(df, 255.0f)), 255.0f);
         });
