@@ -147,7 +147,7 @@ void RenderScene::prepare() {
         if ((read->source.empty() ? 0 : 1) + (read->solid ? 1 : 0) + (read->checker ? 1 : 0) > 1)
             fault(read->line, layer->title() + "more than one of source, solid and checker");
         if (const auto& transform = read->transform;
-            transform && (transform->rotation[0] || transform->rotation[1]))
+            transform && (transform->rotation[0] != 0 || transform->rotation[1] != 0))
             m_findings.push_back(
                 {read->line, layer->title() + "rotation about x and y is not drawn", !m_options.strict});
         for (const auto& table : read->keyframes)
