@@ -28,6 +28,21 @@ inline std::vector<Entries> randomEntries(unsigned seed) {
     return all;
 }
 
+/// make and entries for matrices whose first index is the column.
+template <template <int> class Matrix>
+struct ByColumns {
+    template <int N>
+    static Matrix<N> make(const double* e) {
+        Matrix<N> m;
+        for (int i = 0; i < N * N; ++i) m[i % N][i / N] = e[i];
+        return m;
+    }
+    template <int N>
+    static void entries(const Matrix<N>& m, double* e) {
+        for (int i = 0; i < N * N; ++i) e[i] = m[i % N][i / N];
+    }
+};
+
 /// Runs step(i) for every i, over and over; items are matrices, points and so on.
 template <class Step>
 void run(benchmark::State& state, Step step) {

@@ -9,21 +9,14 @@
 
 namespace {
 
-struct Peer {
+template <int N>
+using Matrix = std::conditional_t<N == 3, Imath::M33d, Imath::M44d>;
+
+struct Peer : workloads::ByColumns<Matrix> {
     template <int N>
-    using M = std::conditional_t<N == 3, Imath::M33d, Imath::M44d>;
+    using M = Matrix<N>;
     using Point = Imath::V2d;
 
-    template <int N>
-    static M<N> make(const double* e) {
-        M<N> m;
-        for (int i = 0; i < N * N; ++i) m[i % N][i / N] = e[i];
-        return m;
-    }
-    template <int N>
-    static void entries(const M<N>& m, double* e) {
-        for (int i = 0; i < N * N; ++i) e[i] = m[i % N][i / N];
-    }
     template <class T>
     static T multiply(const T& a, const T& b) {
         return b * a;

@@ -279,20 +279,19 @@ TEST(KSBitmapOrder, RotatesComponentsAndChangesOnly8BitFormats) {
         EXPECT_EQ(content(*bitmap, bytes), start) << format;
         EXPECT_EQ(bitmap->getPixelFormat(), format);
     }
-    for (const unsigned format : {1u, 2u, 5u, 6u, 7u, 8u}) {
-        const std::unique_ptr<KSBitmap> bitmap(KSCreateBitmap(1, 1, format));
-        fill(*bitmap, {1, 2, 3, 4, 5, 6, 7, 8});
-        bitmap->convertToARGB();
-        EXPECT_THAT(content(*bitmap, 8), ElementsAre(1, 2, 3, 4, 5, 6, 7, 8)) << format;
-        EXPECT_EQ(bitmap->getPixelFormat(), format);
-    }
-    for (const unsigned format : {0u, 2u, 5u, 6u, 7u, 8u}) {
-        const std::unique_ptr<KSBitmap> bitmap(KSCreateBitmap(1, 1, format));
-        fill(*bitmap, {1, 2, 3, 4, 5, 6, 7, 8});
-        bitmap->convertToRGBA();
-        EXPECT_THAT(content(*bitmap, 8), ElementsAre(1, 2, 3, 4, 5, 6, 7, 8)) << format;
-        EXPECT_EQ(bitmap->getPixelFormat(), format);
-    }
+    const struct {
+        void (KSBitmap::*convert)();
+        unsigned leftAlone[6];
+    } rows[] = {{&KSBitmap::convertToARGB, {1, 2, 5, 6, 7, 8}},
+                {&KSBitmap::convertToRGBA, {0, 2, 5, 6, 7, 8}}};
+    for (const auto& row : rows)
+        for (const unsigned format : row.leftAlone) {
+            const std::unique_ptr<KSBitmap> bitmap(KSCreateBitmap(1, 1, format));
+            fill(*bitmap, {1, 2, 3, 4, 5, 6, 7, 8});
+            (bitmap.get()->*row.convert)();
+            EXPECT_THAT(content(*bitmap, 8), ElementsAre(1, 2, 3, 4, 5, 6, 7, 8)) << format;
+            EXPECT_EQ(bitmap->getPixelFormat(), format);
+        }
 }
 
 TEST(KSBitmapOrder, SwizzlesAndFlipsWhileCopying) {
