@@ -4,6 +4,7 @@
 
 #include <kestrel/foundation/KSUnreachable.h>
 #include <kestrel/imaging/KSBitmap_t.h>
+#include <kestrel/imaging/detail/ByteKernels.h>
 #include <kestrel/platform/detail/MappableMemory.h>
 
 #include <algorithm>
@@ -14,7 +15,9 @@
 
 namespace {
 
+using kestrel::detail::copyBytes;
 using kestrel::detail::MemoryEntry;
+using kestrel::detail::storesFor;
 
 constexpr std::uint32_t bitmapKind = 9;
 
@@ -97,14 +100,15 @@ void KSBitmap::clone(const KSBitmap& other) {
     m_pixelFormat = other.m_pixelFormat;
     allocateMemory();
     if (m_data && other.m_data)
-        std::memcpy(m_data, other.m_data, std::min({getSize(), m_allocatedSize, other.m_allocatedSize}));
+        copyBytes(m_data, other.m_data, std::min({getSize(), m_allocatedSize, other.m_allocatedSize}),
+                  storesFor(getSize()));
 }
 
 void KSBitmap::copy(const KSBitmap& source) {
     if (m_channels == source.m_channels) {
         if (m_data && source.m_data && m_data != source.m_data)
-            std::memcpy(m_data, source.m_data,
-                        std::min({getSize(), m_allocatedSize, source.m_allocatedSize}));
+            copyBytes(m_data, source.m_data, std::min({getSize(), m_allocatedSize, source.m_allocatedSize}),
+                      storesFor(getSize()));
     } else if (m_pixelFormat == KSPixelInfoARGB8::format) {
         convertYUVtoRGBA(this, &source);
     } else {

@@ -35,9 +35,10 @@ bool rotate(KSBitmap& bitmap, unsigned int eightBitFormat, const std::array<unsi
 void copyRotated(KSBitmap& destination, const KSBitmap& source, std::size_t width, std::size_t height,
                  bool flipped, const std::array<unsigned, 4>& components) {
     const BytePattern order = componentOrder<std::uint8_t>(components);
+    const Stores stores = storesFor(destination.getSize());
     forEachRowPair(destination, source, width, height, flipped, 4, 4,
                    [&](std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
-                       shuffleBytes(to, from, count * 4, order);
+                       shuffleBytes(to, from, count * 4, order, stores);
                    });
 }
 
@@ -101,20 +102,22 @@ void KSBitmap::copyWithFlip(const KSBitmap& source) {
         const std::size_t stride = strideOf(*this);
         if (stride != strideOf(source))
             KS_UNREACHABLE("KSBitmap", 667, "Cannot copyWithFlip between bitdepths");
+        const Stores stores = storesFor(getSize());
         forEachRowPair(*this, source, stride, m_height, true, 1, 1,
-                       [](std::uint8_t* to, const std::uint8_t* from, std::size_t bytes) {
-                           std::memmove(to, from, bytes);
+                       [=](std::uint8_t* to, const std::uint8_t* from, std::size_t bytes) {
+                           copyBytes(to, from, bytes, stores);
                        });
         return;
     }
     if (m_pixelFormat != KSPixelInfoARGB8::format || source.m_pixelFormat != KSPixelInfoYUV8::format)
         KS_UNREACHABLE("KSBitmap", 645, "Cannot copyWithFlip between formats");
     const std::uint8_t* end = source.m_data + regionBytes(source);
+    const Stores stores = storesFor(getSize());
     forEachRowPair(*this, source, m_width, m_height, true, 4, 2,
-                   [end](std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
+                   [=](std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
                        // a row of an odd width ends in half a pair: the rest is what follows in memory
                        if (count % 2 != 0 && end - from < static_cast<std::ptrdiff_t>(2 * count + 2)) --count;
-                       convert422ToARGB(to, from, count);
+                       convert422ToARGB(to, from, count, stores);
                    });
 }
 

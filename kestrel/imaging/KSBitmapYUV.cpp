@@ -14,7 +14,8 @@ void KSBitmap::convertYUVtoRGBA(KSBitmap* destination, const KSBitmap* source) {
         return;
     const std::size_t pairs = (std::size_t{source->getSize()} + 3) / 4;
     convert422ToARGB(destination->m_data, source->m_data,
-                     2 * std::min(itemsInside(*source, 0, pairs, 4), itemsInside(*destination, 0, pairs, 8)));
+                     2 * std::min(itemsInside(*source, 0, pairs, 4), itemsInside(*destination, 0, pairs, 8)),
+                     storesFor(destination->getSize()));
 }
 
 void KSBitmap::convertRGBAtoYUV(KSBitmap* destination, const KSBitmap* source) {

@@ -319,6 +319,36 @@ struct AbortRow {
     const KSBitmap& source;
 };
 
+/// Copies of frames that are too large for the caches go another way, which must give the same.
+TEST(KSBitmapOrder, CopiesFramesBeyondTheCaches) {
+    constexpr unsigned width = 2044, height = 1603;  // every other row starts within a vector
+    KSBitmapRGBA8 source(width, height), target(width, height);
+    std::mt19937 random(1603);
+    for (std::size_t i = 0; i < source.getSize(); ++i)
+        source.getData()[i] = static_cast<std::uint8_t>(random());
+    const std::size_t stride = 4 * width;
+    const auto row = [stride](KSBitmap& bitmap, unsigned y) { return bitmap.getData() + y * stride; };
+
+    target.copy(source);
+    EXPECT_EQ(std::memcmp(target.getData(), source.getData(), source.getSize()), 0);
+    target.copyWithFlip(source);
+    for (unsigned y = 0; y < height; ++y)
+        ASSERT_EQ(std::memcmp(row(target, y), row(source, height - 1 - y), stride), 0) << y;
+    target.copyWithSwizzleARGBToRGBA(source);
+    for (std::size_t i = 0; i < source.getSize(); ++i)
+        ASSERT_EQ(target.getData()[i], source.getData()[i - i % 4 + (i + 1) % 4]) << i;
+
+    KSBitmapYUV8 yuv(width, height), strip(width, 1);
+    KSBitmapARGB8 argb(width, height), line(width, 1);
+    std::memcpy(yuv.getData(), source.getData(), yuv.getSize());
+    KSBitmap::convertYUVtoRGBA(&argb, &yuv);
+    for (unsigned y = 0; y < height; ++y) {
+        std::memcpy(strip.getData(), yuv.getData() + y * stride / 2, stride / 2);
+        KSBitmap::convertYUVtoRGBA(&line, &strip);
+        ASSERT_EQ(std::memcmp(row(argb, y), line.getData(), stride), 0) << y;
+    }
+}
+
 TEST(KSBitmapOrder, CopiesThatCannotBeAbort) {
     KSBitmapRGBA8 target(1, 3);
     const KSBitmapARGB8 padded(1, 3, 4);

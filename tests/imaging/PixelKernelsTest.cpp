@@ -167,6 +167,25 @@ TEST(PixelKernels, EqualTheirTwinsAtOddWidthsAndStarts) {
     });
 }
 
+TEST(PixelKernels, StoreTheSameBytesAroundTheCaches) {
+    std::mt19937 random(12);
+    forEachTarget([&] {
+        for (std::size_t shift = 0; shift < 128; shift += 4)  // aligned starts and others
+            for (std::size_t n = 0; n <= 135; n += 5) {
+                const Bytes from = randomBytes(random, 4 * n + 8, 1), initial = randomBytes(random, 1024, 1);
+                const auto expectEqual = [&](auto kernel) {
+                    Bytes cached = initial, streamed = initial;
+                    kernel(cached.data() + shift, Stores::cached);
+                    kernel(streamed.data() + shift, Stores::streamed);
+                    ASSERT_EQ(cached, streamed) << n << " pixels from " << shift;
+                };
+                expectEqual([&](u8* to, Stores s) { shuffleBytes(to, from.data(), 4 * n, rotated, s); });
+                expectEqual([&](u8* to, Stores s) { copyBytes(to, from.data(), 4 * n + 3, s); });
+                expectEqual([&](u8* to, Stores s) { convert422ToARGB(to, from.data(), n, s); });
+            }
+    });
+}
+
 TEST(PixelKernels, SamplesAtEveryScaleWithoutReadingPastTheRow) {
     std::mt19937 random(3);
     forEachTarget([&] {

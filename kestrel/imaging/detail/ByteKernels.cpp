@@ -2,6 +2,10 @@
 #include <kestrel/imaging/detail/ByteKernels.h>
 #include <kestrel/imaging/detail/YUVKernels.h>
 
+#include <hwy/cache_control.h>
+
+#include <cstring>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kestrel/imaging/detail/ByteKernels.cpp"
 #include <hwy/foreach_target.h>
@@ -11,6 +15,13 @@ HWY_BEFORE_NAMESPACE();
 namespace kestrel::detail::HWY_NAMESPACE {
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 using namespace reference;  // without vectors, the plain twins run: emulated ones store unaligned units
+void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const BytePattern& order,
+                  Stores) {
+    reference::shuffleBytes(to, from, bytes, order);
+}
+void convert422ToARGB(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels, Stores) {
+    reference::convert422ToARGB(to, from, pixels);
+}
 void halve32(std::uint32_t* to, const std::uint32_t* from, std::size_t n) {
     reference::halvePixels(to, from, n);
 }
@@ -26,17 +37,38 @@ void double64(std::uint64_t* to, const std::uint64_t* from, std::size_t n) {
 #else
 namespace hn = hwy::HWY_NAMESPACE;
 
-void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const BytePattern& order) {
+/// Runs kernel(store) with store(v, d, to) as asked for, and returns its result: streaming takes rows that are
+/// aligned to vectors.
+template <class Kernel>
+HWY_INLINE std::size_t WithStores(Stores stores, const std::uint8_t* to, Kernel kernel) {
+    const std::size_t vector = hn::Lanes(hn::ScalableTag<std::uint8_t>());
+    if (stores == Stores::cached || reinterpret_cast<std::uintptr_t>(to) % vector != 0)
+        return kernel([](auto v, auto d, auto* place) HWY_ATTR { hn::StoreU(v, d, place); });
+    const std::size_t done = kernel([](auto v, auto d, auto* place) HWY_ATTR { hn::Stream(v, d, place); });
+    hwy::FlushStream();
+    return done;
+}
+
+template <class Store>
+HWY_INLINE std::size_t ShuffleMost(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes,
+                                   const BytePattern& order, Store store) {
     const hn::ScalableTag<std::uint8_t> d;
     const std::size_t lanes = hn::Lanes(d);
     const auto indices = hn::LoadDup128(d, order.data());
     std::size_t i = 0;
     for (; i + 2 * lanes <= bytes; i += 2 * lanes) {
         const auto a = hn::LoadU(d, from + i), b = hn::LoadU(d, from + i + lanes);
-        hn::StoreU(hn::TableLookupBytes(a, indices), d, to + i);
-        hn::StoreU(hn::TableLookupBytes(b, indices), d, to + i + lanes);
+        store(hn::TableLookupBytes(a, indices), d, to + i);
+        store(hn::TableLookupBytes(b, indices), d, to + i + lanes);
     }
-    reference::shuffleBytes(to + i, from + i, bytes - i, order);
+    return i;
+}
+
+void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const BytePattern& order,
+                  Stores stores) {
+    const std::size_t done = WithStores(
+        stores, to, [&](auto store) HWY_ATTR { return ShuffleMost(to, from, bytes, order, store); });
+    reference::shuffleBytes(to + done, from + done, bytes - done, order);
 }
 
 void maskBytes(std::uint8_t* bytes, std::size_t count, const BytePattern& keep, const BytePattern& flip) {
@@ -125,7 +157,10 @@ alignas(16) constexpr std::uint8_t otherOfPair[16] = {2, 3, 0, 1, 6, 7, 4, 5, 10
 /// Products of neighbouring bytes are summed by one instruction, of an unsigned factor with a signed one: so
 /// all bytes lie around 0, luma at Y - 128 = C - 112. The 112 comes back above the fraction of the sums
 /// (42 * 112 + 256 * 112 = 33376), which makes them positive, and packing clamps.
-HWY_INLINE std::size_t ConvertMost422(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels) {
+template <class Store>
+HWY_INLINE std::size_t ConvertMost422(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels,
+                                      Store store) {
+    const hn::ScalableTag<std::uint8_t> d8;
     const auto both = [](int chroma, int luma) HWY_ATTR {
         return _mm256_set1_epi16(static_cast<std::int16_t>(luma << 8 | (chroma & 0xFF)));
     };
@@ -153,14 +188,14 @@ HWY_INLINE std::size_t ConvertMost422(std::uint8_t* to, const std::uint8_t* from
                                         fraction(_mm256_maddubs_epi16(both(4, 42), uy)));
         const auto ag = _mm256_packus_epi16(opaque, g), rb = _mm256_packus_epi16(r, b);
         const auto ar = _mm256_unpacklo_epi8(ag, rb), gb = _mm256_unpackhi_epi8(ag, rb);
-        auto* out = reinterpret_cast<__m256i*>(to + 4 * x);
-        _mm256_storeu_si256(out, _mm256_unpacklo_epi16(ar, gb));
-        _mm256_storeu_si256(out + 1, _mm256_unpackhi_epi16(ar, gb));
+        store(hn::Vec<decltype(d8)>{_mm256_unpacklo_epi16(ar, gb)}, d8, to + 4 * x);
+        store(hn::Vec<decltype(d8)>{_mm256_unpackhi_epi16(ar, gb)}, d8, to + 4 * x + 32);
     }
     return x;
 }
 #else
-HWY_INLINE std::size_t ConvertMost422(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels) {
+template <class Store>
+HWY_INLINE std::size_t ConvertMost422(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels, Store) {
     const hn::ScalableTag<std::uint16_t> du;
     const hn::RebindToSigned<decltype(du)> di;
     const hn::Repartition<std::uint8_t, decltype(du)> d8;
@@ -193,8 +228,9 @@ HWY_INLINE std::size_t ConvertMost422(std::uint8_t* to, const std::uint8_t* from
 }
 #endif
 
-void convert422ToARGB(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels) {
-    const std::size_t done = ConvertMost422(to, from, pixels);
+void convert422ToARGB(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels, Stores stores) {
+    const std::size_t done =
+        WithStores(stores, to, [=](auto store) HWY_ATTR { return ConvertMost422(to, from, pixels, store); });
     reference::convert422ToARGB(to + 4 * done, from + 2 * done, pixels - done);
 }
 
@@ -246,8 +282,16 @@ HWY_EXPORT(samplePixels);
 HWY_EXPORT(convert422ToARGB);
 HWY_EXPORT(convertARGBTo422);
 
-void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const BytePattern& order) {
-    HWY_DYNAMIC_DISPATCH(shuffleBytes)(to, from, bytes, order);
+void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const BytePattern& order,
+                  Stores stores) {
+    HWY_DYNAMIC_DISPATCH(shuffleBytes)(to, from, bytes, order, stores);
+}
+
+void copyBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, Stores stores) {
+    if (stores == Stores::cached)
+        std::memmove(to, from, bytes);
+    else
+        shuffleBytes(to, from, bytes, componentOrder<std::uint8_t, 4>({0, 1, 2, 3}), stores);
 }
 
 void maskBytes(std::uint8_t* bytes, std::size_t count, const BytePattern& keep, const BytePattern& flip) {
@@ -270,8 +314,8 @@ KESTREL_RATIO(doublePixels, std::uint32_t, double32)
 KESTREL_RATIO(doublePixels, std::uint64_t, double64)
 #undef KESTREL_RATIO
 
-void convert422ToARGB(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels) {
-    HWY_DYNAMIC_DISPATCH(convert422ToARGB)(to, from, pixels);
+void convert422ToARGB(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels, Stores stores) {
+    HWY_DYNAMIC_DISPATCH(convert422ToARGB)(to, from, pixels, stores);
 }
 
 void convertARGBTo422(std::uint8_t* to, const std::uint8_t* from, std::size_t pairs) {

@@ -4,6 +4,8 @@
 // shuffleBytes or maskBytes. Every pixel size (1, 2, 4, 8, 16 bytes) divides the pattern.
 #pragma once
 
+#include <kestrel/imaging/detail/Stores.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -14,7 +16,10 @@ using BytePattern = std::array<std::uint8_t, 16>;
 
 /// to[16 k + i] = from[16 k + order[i]]. In place when to == from, otherwise without overlap. The order must
 /// stay within a pixel, so that a last incomplete block of whole pixels is complete in itself.
-void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const BytePattern& order);
+void shuffleBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const BytePattern& order,
+                  Stores stores = Stores::cached);
+/// to[i] = from[i], in place or without overlap.
+void copyBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, Stores stores);
 /// bytes[16 k + i] = (bytes[16 k + i] & keep[i]) ^ flip[i].
 void maskBytes(std::uint8_t* bytes, std::size_t count, const BytePattern& keep, const BytePattern& flip);
 
