@@ -155,7 +155,7 @@ std::string differences(const KSBitmap& a, const KSBitmap& b) {
     }
     if (differing == 0) return "equal";
     char text[80];
-    std::snprintf(text, sizeof text, "%.2g%% differ, by up to %.2g",
+    std::snprintf(text, sizeof text, "%.3g%% differ, by up to %.3g",
                   100.0 * static_cast<double>(differing) / static_cast<double>(count), most);
     return text;
 }
