@@ -78,8 +78,8 @@ private:
     std::unique_ptr<std::uint32_t[]> m_table;
 };
 
-/// Walks the rows of a scaled image. convert(to, from, count) turns pixels of one row, which come from inside
-/// the source's region; where columns are picked and depth changes, picked pixels make a row of their own.
+/// Walks the rows of a scaled image. convert(to, from, count, stores) turns pixels of one row, which come from
+/// inside the source's region; where columns are picked and depth changes, picked pixels make a row of their own.
 template <typename To, typename From, typename Convert>
 void scaleRows(KSBitmap& destination, const KSBitmap& source, Convert convert) {
     constexpr bool samePixels = std::is_same_v<To, From>;
@@ -92,7 +92,7 @@ void scaleRows(KSBitmap& destination, const KSBitmap& source, Convert convert) {
         const std::size_t count =
             std::min(flatPixels(destination, sizeof(To)), flatPixels(source, sizeof(From)));
         convert(reinterpret_cast<To*>(destination.getData()), reinterpret_cast<const From*>(source.getData()),
-                count);
+                count, storesFor(destination.getSize()));
         return;
     }
 
@@ -124,14 +124,14 @@ void scaleRows(KSBitmap& destination, const KSBitmap& source, Convert convert) {
         const auto* from = reinterpret_cast<const From*>(source.getData() + fromStart);
         if (!columns) {
             count = std::min(count, inside);
-            convert(to, from, count);
+            convert(to, from, count, Stores::cached);  // rows that repeat are read again
         } else {
             if (inside < sourceWidth) count = columns->inside(count, inside);
             if constexpr (samePixels) {
                 columns->sample(to, from, inside, count);
             } else {
                 columns->sample(picked.get(), from, inside, count);
-                convert(to, picked.get(), count);
+                convert(to, picked.get(), count, Stores::cached);
             }
         }
         previous = to;
@@ -141,11 +141,15 @@ void scaleRows(KSBitmap& destination, const KSBitmap& source, Convert convert) {
 }
 
 template <typename Pixel>
+void copyPixels(Pixel* to, const Pixel* from, std::size_t count, Stores stores) {
+    copyBytes(reinterpret_cast<std::uint8_t*>(to), reinterpret_cast<const std::uint8_t*>(from),
+              count * sizeof(Pixel), stores);
+}
+
+template <typename Pixel>
 void scale(KSBitmap& destination, const KSBitmap& source) {
     if (destination.getData() == source.getData()) return;  // every pixel onto itself
-    scaleRows<Pixel, Pixel>(destination, source, [](Pixel* to, const Pixel* from, std::size_t count) {
-        std::memcpy(to, from, count * sizeof(Pixel));
-    });
+    scaleRows<Pixel, Pixel>(destination, source, copyPixels<Pixel>);
 }
 
 constexpr BytePattern toRGBAOrder = componentOrder<std::uint8_t, 4>({1, 2, 3, 0});
@@ -153,24 +157,24 @@ constexpr BytePattern toARGBOrder = componentOrder<std::uint8_t, 4>({3, 0, 1, 2}
 
 /// Pixels of one layout into another, both with four components; ARGB is always of 8 bits.
 template <typename To, typename From>
-void convertPixels(To* to, const From* from, std::size_t count) {
+void convertPixels(To* to, const From* from, std::size_t count, Stores stores) {
     auto* target = to->components;
     if constexpr (std::is_same_v<To, From>) {
-        if (to != from) std::memcpy(target, from, count * sizeof(To));
+        if (to != from) copyPixels(to, from, count, stores);
     } else if constexpr (std::is_same_v<To, PixelARGB8> && std::is_same_v<From, PixelRGBA8>) {
-        shuffleBytes(target, from->components, 4 * count, toARGBOrder);
+        shuffleBytes(target, from->components, 4 * count, toARGBOrder, stores);
     } else if constexpr (std::is_same_v<To, PixelARGB8>) {
-        convertToARGB(target, from->components, count);
+        convertToARGB(target, from->components, count, stores);
     } else if constexpr (std::is_same_v<From, PixelARGB8>) {  // reordered in pieces that stay in the cache
-        constexpr std::size_t piece = 256;
+        constexpr std::size_t piece = 1024;
         std::uint8_t reordered[4 * piece];
         for (std::size_t done = 0; done < count; done += piece) {
             const std::size_t pixels = std::min(piece, count - done);
             shuffleBytes(reordered, from[done].components, 4 * pixels, toRGBAOrder);
-            convertDepth(target + 4 * done, reordered, 4 * pixels);
+            convertDepth(target + 4 * done, reordered, 4 * pixels, stores);
         }
     } else {
-        convertDepth(target, from->components, 4 * count);
+        convertDepth(target, from->components, 4 * count, stores);
     }
 }
 

@@ -182,6 +182,18 @@ TEST(PixelKernels, StoreTheSameBytesAroundTheCaches) {
                 expectEqual([&](u8* to, Stores s) { shuffleBytes(to, from.data(), 4 * n, rotated, s); });
                 expectEqual([&](u8* to, Stores s) { copyBytes(to, from.data(), 4 * n + 3, s); });
                 expectEqual([&](u8* to, Stores s) { convert422ToARGB(to, from.data(), n, s); });
+                const auto* const wide = as<u16>(from.data());
+                const auto* const floats = as<float>(from.data());
+                expectEqual([&](u8* to, Stores s) { convertDepth(as<float>(to), from.data(), n, s); });
+                expectEqual([&](u8* to, Stores s) { convertDepth(as<float>(to), wide, n, s); });
+                expectEqual(
+                    [&](u8* to, Stores s) { convertDepth(as<float>(to), as<half>(from.data()), n, s); });
+                expectEqual([&](u8* to, Stores s) { convertDepth(as<float>(to), floats, n, s); });
+                expectEqual([&](u8* to, Stores s) { convertDepth(as<u16>(to), from.data(), n, s); });
+                expectEqual([&](u8* to, Stores s) { convertDepth(as<u16>(to), wide, n, s); });
+                expectEqual([&](u8* to, Stores s) { convertDepth(as<u16>(to), floats, n, s); });
+                expectEqual([&](u8* to, Stores s) { convertToARGB(to, wide, n / 2, s); });
+                expectEqual([&](u8* to, Stores s) { convertToARGB(to, floats, n / 4, s); });
             }
     });
 }

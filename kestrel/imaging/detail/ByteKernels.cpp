@@ -2,14 +2,13 @@
 #include <kestrel/imaging/detail/ByteKernels.h>
 #include <kestrel/imaging/detail/YUVKernels.h>
 
-#include <hwy/cache_control.h>
-
 #include <cstring>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kestrel/imaging/detail/ByteKernels.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
+#include <kestrel/imaging/detail/Stores-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace kestrel::detail::HWY_NAMESPACE {
@@ -36,18 +35,6 @@ void double64(std::uint64_t* to, const std::uint64_t* from, std::size_t n) {
 }
 #else
 namespace hn = hwy::HWY_NAMESPACE;
-
-/// Runs kernel(store) with store(v, d, to) as asked for, and returns its result: streaming takes rows that are
-/// aligned to vectors.
-template <class Kernel>
-HWY_INLINE std::size_t WithStores(Stores stores, const std::uint8_t* to, Kernel kernel) {
-    const std::size_t vector = hn::Lanes(hn::ScalableTag<std::uint8_t>());
-    if (stores == Stores::cached || reinterpret_cast<std::uintptr_t>(to) % vector != 0)
-        return kernel([](auto v, auto d, auto* place) HWY_ATTR { hn::StoreU(v, d, place); });
-    const std::size_t done = kernel([](auto v, auto d, auto* place) HWY_ATTR { hn::Stream(v, d, place); });
-    hwy::FlushStream();
-    return done;
-}
 
 template <class Store>
 HWY_INLINE std::size_t ShuffleMost(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes,

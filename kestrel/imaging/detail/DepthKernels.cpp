@@ -1,15 +1,14 @@
 // Rows of components from one depth to another (see DepthKernels.h).
+#include <kestrel/imaging/detail/ByteKernels.h>
 #include <kestrel/imaging/detail/DepthKernels.h>
 
-#include <hwy/cache_control.h>
-
-#include <cstring>
 #include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "kestrel/imaging/detail/DepthKernels.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
+#include <kestrel/imaging/detail/Stores-inl.h>
 #include <kestrel/imaging/detail/VectorNumbers-inl.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -20,8 +19,8 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 // None: emulated vectors would only be slower than the plain twins.
-template <typename To, typename From>
-HWY_INLINE std::size_t Convert(To*, const From*, std::size_t) {
+template <typename To, typename From, class Store>
+HWY_INLINE std::size_t Convert(To*, const From*, std::size_t, Store) {
     return 0;
 }
 #else
@@ -64,12 +63,12 @@ HWY_INLINE V AlphaFirst(V rgba) {
 
 // ---- To floats
 
-template <typename From>
-HWY_INLINE std::size_t Convert(float* to, const From* from, std::size_t components) {
+template <typename From, class Store>
+HWY_INLINE std::size_t Convert(float* to, const From* from, std::size_t components, Store store) {
     const hn::ScalableTag<float> df;
     const std::size_t lanes = hn::Lanes(df);
     std::size_t i = 0;
-    for (; i + lanes <= components; i += lanes) StoreNumbers(df, LoadNumbers(df, from + i), to + i);
+    for (; i + lanes <= components; i += lanes) store(LoadNumbers(df, from + i), df, to + i);
     return i;
 }
 
@@ -84,8 +83,8 @@ HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> Rounded(DF df, const float* from, flo
     return RoundedInt(df, hn::Mul(hn::LoadU(df, from), hn::Set(df, full)), full);
 }
 
-template <typename From>
-HWY_INLINE std::size_t Convert(std::uint16_t* to, const From* from, std::size_t components) {
+template <typename From, class Store>
+HWY_INLINE std::size_t Convert(std::uint16_t* to, const From* from, std::size_t components, Store store) {
     const hn::ScalableTag<float> df;
     const hn::Repartition<std::uint16_t, decltype(df)> d16;
     const std::size_t lanes = hn::Lanes(df);
@@ -95,14 +94,14 @@ HWY_INLINE std::size_t Convert(std::uint16_t* to, const From* from, std::size_t 
     std::size_t i = 0;
     for (; i + 4 * lanes <= components; i += 4 * lanes) {
         ReadAhead(from + i, 4 * lanes);
-        hn::StoreU(two(from + i), d16, to + i);
-        hn::StoreU(two(from + i + 2 * lanes), d16, to + i + 2 * lanes);
+        store(two(from + i), d16, to + i);
+        store(two(from + i + 2 * lanes), d16, to + i + 2 * lanes);
     }
     return i;
 }
 
-template <typename From>
-HWY_INLINE std::size_t Convert(std::uint8_t* to, const From* from, std::size_t components) {
+template <typename From, class Store>
+HWY_INLINE std::size_t Convert(std::uint8_t* to, const From* from, std::size_t components, Store store) {
     const hn::ScalableTag<float> df;
     const hn::Repartition<std::int16_t, decltype(df)> d16;
     const hn::Repartition<std::uint8_t, decltype(df)> d8;
@@ -113,7 +112,7 @@ HWY_INLINE std::size_t Convert(std::uint8_t* to, const From* from, std::size_t c
     std::size_t i = 0;
     for (; i + 4 * lanes <= components; i += 4 * lanes) {
         ReadAhead(from + i, 4 * lanes);
-        hn::StoreU(AlphaFirst(Narrow(d8, two(from + i), two(from + i + 2 * lanes))), d8, to + i);
+        store(AlphaFirst(Narrow(d8, two(from + i), two(from + i + 2 * lanes))), d8, to + i);
     }
     return i;
 }
@@ -121,7 +120,9 @@ HWY_INLINE std::size_t Convert(std::uint8_t* to, const From* from, std::size_t c
 // ---- Between integers
 
 /// The one right answer is v * 257.
-HWY_INLINE std::size_t Convert(std::uint16_t* to, const std::uint8_t* from, std::size_t components) {
+template <class Store>
+HWY_INLINE std::size_t Convert(std::uint16_t* to, const std::uint8_t* from, std::size_t components,
+                               Store store) {
     const hn::ScalableTag<std::uint16_t> d16;
     const hn::Rebind<std::uint8_t, decltype(d16)> d8;
     const std::size_t lanes = hn::Lanes(d16);
@@ -130,15 +131,17 @@ HWY_INLINE std::size_t Convert(std::uint16_t* to, const std::uint8_t* from, std:
         ReadAhead(from + i, 2 * lanes);
         const auto a = hn::PromoteTo(d16, hn::LoadU(d8, from + i));
         const auto b = hn::PromoteTo(d16, hn::LoadU(d8, from + i + lanes));
-        hn::StoreU(hn::Mul(a, hn::Set(d16, 257)), d16, to + i);
-        hn::StoreU(hn::Mul(b, hn::Set(d16, 257)), d16, to + i + lanes);
+        store(hn::Mul(a, hn::Set(d16, 257)), d16, to + i);
+        store(hn::Mul(b, hn::Set(d16, 257)), d16, to + i + lanes);
     }
     return i;
 }
 
 /// The one right answer is v / 257, rounded to nearest (257 is odd: there are no ties): that is v + 128, kept
 /// to 16 bits, times 0xFF01 / 2^24 (which is a little more than 1 / 257), rounded down.
-HWY_INLINE std::size_t Convert(std::uint8_t* to, const std::uint16_t* from, std::size_t components) {
+template <class Store>
+HWY_INLINE std::size_t Convert(std::uint8_t* to, const std::uint16_t* from, std::size_t components,
+                               Store store) {
     const hn::ScalableTag<std::uint16_t> d16;
     const hn::Repartition<std::uint8_t, decltype(d16)> d8;
     const std::size_t lanes = hn::Lanes(d16);
@@ -150,16 +153,17 @@ HWY_INLINE std::size_t Convert(std::uint8_t* to, const std::uint16_t* from, std:
     std::size_t i = 0;
     for (; i + 2 * lanes <= components; i += 2 * lanes) {
         ReadAhead(from + i, 2 * lanes);
-        hn::StoreU(AlphaFirst(Narrow(d8, quotient(from + i), quotient(from + i + lanes))), d8, to + i);
+        store(AlphaFirst(Narrow(d8, quotient(from + i), quotient(from + i + lanes))), d8, to + i);
     }
     return i;
 }
 #endif
 
-#define KESTREL_DEPTH(Kernel, To, From)                                     \
-    void Kernel(To* to, const From* from, std::size_t components) {         \
-        const std::size_t done = Convert(to, from, components);             \
-        reference::convertDepth(to + done, from + done, components - done); \
+#define KESTREL_DEPTH(Kernel, To, From)                                                             \
+    void Kernel(To* to, const From* from, std::size_t components, Stores stores) {                  \
+        const std::size_t done = WithStores(                                                        \
+            stores, to, [=](auto store) HWY_ATTR { return Convert(to, from, components, store); }); \
+        reference::convertDepth(to + done, from + done, components - done);                         \
     }
 KESTREL_DEPTH(Convert8To16, std::uint16_t, std::uint8_t)
 KESTREL_DEPTH(ConvertHalfTo16, std::uint16_t, half)
@@ -168,10 +172,11 @@ KESTREL_DEPTH(Convert8ToFloat, float, std::uint8_t)
 KESTREL_DEPTH(Convert16ToFloat, float, std::uint16_t)
 KESTREL_DEPTH(ConvertHalfToFloat, float, half)
 #undef KESTREL_DEPTH
-#define KESTREL_TO_ARGB(Kernel, From)                                        \
-    void Kernel(std::uint8_t* to, const From* from, std::size_t pixels) {    \
-        const std::size_t done = Convert(to, from, 4 * pixels);              \
-        reference::convertToARGB(to + done, from + done, pixels - done / 4); \
+#define KESTREL_TO_ARGB(Kernel, From)                                                               \
+    void Kernel(std::uint8_t* to, const From* from, std::size_t pixels, Stores stores) {            \
+        const std::size_t done = WithStores(                                                        \
+            stores, to, [=](auto store) HWY_ATTR { return Convert(to, from, 4 * pixels, store); }); \
+        reference::convertToARGB(to + done, from + done, pixels - done / 4);                        \
     }
 KESTREL_TO_ARGB(Convert16ToARGB8, std::uint16_t)
 KESTREL_TO_ARGB(ConvertHalfToARGB8, half)
@@ -184,9 +189,11 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace kestrel::detail {
 
-#define KESTREL_DEPTH(name, To, From, Kernel) \
-    HWY_EXPORT(Kernel);                       \
-    void name(To* to, const From* from, std::size_t count) { HWY_DYNAMIC_DISPATCH(Kernel)(to, from, count); }
+#define KESTREL_DEPTH(name, To, From, Kernel)                               \
+    HWY_EXPORT(Kernel);                                                     \
+    void name(To* to, const From* from, std::size_t count, Stores stores) { \
+        HWY_DYNAMIC_DISPATCH(Kernel)(to, from, count, stores);              \
+    }
 KESTREL_DEPTH(convertDepth, std::uint16_t, std::uint8_t, Convert8To16)
 KESTREL_DEPTH(convertDepth, std::uint16_t, half, ConvertHalfTo16)
 KESTREL_DEPTH(convertDepth, std::uint16_t, float, ConvertFloatTo16)
@@ -200,12 +207,14 @@ KESTREL_DEPTH(convertToARGB, std::uint8_t, float, ConvertFloatToARGB8)
 
 // A value of 16 bits comes back from its number.
 
-void convertDepth(std::uint16_t* to, const std::uint16_t* from, std::size_t components) {
-    std::memcpy(to, from, components * sizeof(std::uint16_t));
+void convertDepth(std::uint16_t* to, const std::uint16_t* from, std::size_t components, Stores stores) {
+    copyBytes(reinterpret_cast<std::uint8_t*>(to), reinterpret_cast<const std::uint8_t*>(from),
+              components * sizeof *to, stores);
 }
 
-void convertDepth(float* to, const float* from, std::size_t components) {
-    std::memcpy(to, from, components * sizeof(float));
+void convertDepth(float* to, const float* from, std::size_t components, Stores stores) {
+    copyBytes(reinterpret_cast<std::uint8_t*>(to), reinterpret_cast<const std::uint8_t*>(from),
+              components * sizeof *to, stores);
 }
 
 }  // namespace kestrel::detail

@@ -5,30 +5,33 @@
 #pragma once
 
 #include <Imath/half.h>
+#include <kestrel/imaging/detail/Stores.h>
 
 #include <cstddef>
 #include <cstdint>
 
 namespace kestrel::detail {
 
-#define KESTREL_DEPTH_KERNELS                                                                \
-    void convertDepth(std::uint16_t* to, const std::uint8_t* from, std::size_t components);  \
-    void convertDepth(std::uint16_t* to, const std::uint16_t* from, std::size_t components); \
-    void convertDepth(std::uint16_t* to, const half* from, std::size_t components);          \
-    void convertDepth(std::uint16_t* to, const float* from, std::size_t components);         \
-    void convertDepth(float* to, const std::uint8_t* from, std::size_t components);          \
-    void convertDepth(float* to, const std::uint16_t* from, std::size_t components);         \
-    void convertDepth(float* to, const half* from, std::size_t components);                  \
-    void convertDepth(float* to, const float* from, std::size_t components);                 \
-    /* pixels of RGBA to bytes of ARGB */                                                    \
-    void convertToARGB(std::uint8_t* to, const std::uint16_t* from, std::size_t pixels);     \
-    void convertToARGB(std::uint8_t* to, const half* from, std::size_t pixels);              \
-    void convertToARGB(std::uint8_t* to, const float* from, std::size_t pixels);
+#define KESTREL_DEPTH_KERNELS(Stored)                                                               \
+    void convertDepth(std::uint16_t* to, const std::uint8_t* from, std::size_t components Stored);  \
+    void convertDepth(std::uint16_t* to, const std::uint16_t* from, std::size_t components Stored); \
+    void convertDepth(std::uint16_t* to, const half* from, std::size_t components Stored);          \
+    void convertDepth(std::uint16_t* to, const float* from, std::size_t components Stored);         \
+    void convertDepth(float* to, const std::uint8_t* from, std::size_t components Stored);          \
+    void convertDepth(float* to, const std::uint16_t* from, std::size_t components Stored);         \
+    void convertDepth(float* to, const half* from, std::size_t components Stored);                  \
+    void convertDepth(float* to, const float* from, std::size_t components Stored);                 \
+    /* pixels of RGBA to bytes of ARGB */                                                           \
+    void convertToARGB(std::uint8_t* to, const std::uint16_t* from, std::size_t pixels Stored);     \
+    void convertToARGB(std::uint8_t* to, const half* from, std::size_t pixels Stored);              \
+    void convertToARGB(std::uint8_t* to, const float* from, std::size_t pixels Stored);
+#define KESTREL_STORED , Stores stores = Stores::cached
 
-KESTREL_DEPTH_KERNELS
+KESTREL_DEPTH_KERNELS(KESTREL_STORED)
 namespace reference {
-KESTREL_DEPTH_KERNELS
+KESTREL_DEPTH_KERNELS()
 }
+#undef KESTREL_STORED
 #undef KESTREL_DEPTH_KERNELS
 
 }  // namespace kestrel::detail
