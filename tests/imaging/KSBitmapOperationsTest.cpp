@@ -326,8 +326,8 @@ TEST(KSBitmapOrder, CopiesFramesBeyondTheCaches) {
     std::mt19937 random(1603);
     for (std::size_t i = 0; i < source.getSize(); ++i)
         source.getData()[i] = static_cast<std::uint8_t>(random());
-    const std::size_t stride = 4 * width;
-    const auto row = [stride](KSBitmap& bitmap, unsigned y) { return bitmap.getData() + y * stride; };
+    constexpr std::size_t stride = 4 * width;
+    const auto row = [](KSBitmap& bitmap, unsigned y) { return bitmap.getData() + y * stride; };
 
     target.copy(source);
     EXPECT_EQ(std::memcmp(target.getData(), source.getData(), source.getSize()), 0);
