@@ -271,8 +271,8 @@ constexpr bool KSMatrix44::invertBy() noexcept {
     const Pair q0(m10, m30), q1(m11, m31), q2(m12, m32), q3(m13, m33);
     const Pair n01 = p0 * q1 - p1 * q0, n02 = p0 * q2 - p2 * q0, n03 = p0 * q3 - p3 * q0;
     const Pair n12 = p1 * q2 - p2 * q1, n13 = p1 * q3 - p3 * q1, n23 = p2 * q3 - p3 * q2;
-    // The 3x3 minors by the column left out, of two rows a with the two rows whose 2x2 minors half takes. They
-    // grow minor by minor: taken one after the other, they cost a sixth more.
+    // The 3x3 minors by the column left out, of two rows a with the two rows whose 2x2 minors half takes.
+    // They grow minor by minor: taken one after the other, they cost a sixth more.
     struct Minors3 {
         Pair by0, by1, by2, by3;
     };

@@ -78,8 +78,9 @@ private:
     std::unique_ptr<std::uint32_t[]> m_table;
 };
 
-/// Walks the rows of a scaled image. convert(to, from, count, stores) turns pixels of one row, which come from
-/// inside the source's region; where columns are picked and depth changes, picked pixels make a row of their own.
+/// Walks the rows of a scaled image. convert(to, from, count, stores) turns pixels of one row, which come
+/// from inside the source's region; where columns are picked and depth changes, picked pixels make a row of
+/// their own.
 template <typename To, typename From, typename Convert>
 void scaleRows(KSBitmap& destination, const KSBitmap& source, Convert convert) {
     constexpr bool samePixels = std::is_same_v<To, From>;

@@ -156,9 +156,9 @@ HWY_INLINE hn::Vec<hn::RebindToUnsigned<DI>> PackPixels(DI di, V c0, V c1, V c2,
 
 enum class Transparent { cleared, kept };
 
-/// Pixels of alpha 0 are cleared or kept; the others get the integers of quotient * 255 + bias as colours, with
-/// quotient(c, part(a)) of the numbers of colour and alpha. Four vectors at a time start their parts together,
-/// as a division takes long to answer.
+/// Pixels of alpha 0 are cleared or kept; the others get the integers of quotient * 255 + bias as colours,
+/// with quotient(c, part(a)) of the numbers of colour and alpha. Four vectors at a time start their parts
+/// together, as a division takes long to answer.
 template <bool alphaFirst, Transparent transparent, class Part, class Quotient>
 HWY_INLINE std::size_t DivideBlack8(std::uint8_t* to, const std::uint8_t* from, std::size_t count, float bias,
                                     Part part, Quotient quotient) {

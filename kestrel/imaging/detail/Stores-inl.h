@@ -16,8 +16,8 @@ HWY_BEFORE_NAMESPACE();
 namespace kestrel::detail::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-/// Runs kernel(store) with store(v, d, to) as asked for, and returns its result: streaming takes rows that are
-/// aligned to vectors.
+/// Runs kernel(store) with store(v, d, to) as asked for, and returns its result: streaming takes rows that
+/// are aligned to vectors.
 template <class Kernel>
 HWY_INLINE std::size_t WithStores(Stores stores, const void* to, Kernel kernel) {
     const std::size_t vector = hn::Lanes(hn::ScalableTag<std::uint8_t>());
